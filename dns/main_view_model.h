@@ -1,0 +1,91 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QVariantList>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+
+namespace brivanta {
+
+class AdBlockTester;
+class Console;
+class DNSSettingsManager;
+class Environment;
+class MainQueue;
+
+// The main screen's state and actions. QML binds to it; every rule (which title, which colour, which
+// order) is decided here. Lives on the main thread.
+class MainViewModel : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool isBlockingEnabled READ isBlockingEnabled NOTIFY isBlockingEnabledChanged)
+    Q_PROPERTY(bool isSettingsAdded READ isSettingsAdded NOTIFY isSettingsAddedChanged)
+    Q_PROPERTY(brivanta::AdBlockTester *tester READ tester CONSTANT)
+    Q_PROPERTY(ScenePhase scenePhase READ scenePhase WRITE setScenePhase NOTIFY scenePhaseChanged)
+    Q_PROPERTY(QString addButtonTitle READ addButtonTitle NOTIFY isSettingsAddedChanged)
+    Q_PROPERTY(QString addButtonSymbol READ addButtonSymbol NOTIFY isSettingsAddedChanged)
+    Q_PROPERTY(bool addButtonEnabled READ addButtonEnabled NOTIFY isSettingsAddedChanged)
+    Q_PROPERTY(bool hasResults READ hasResults NOTIFY resultsChanged)
+    Q_PROPERTY(QString scoreText READ scoreText NOTIFY scoreChanged)
+    Q_PROPERTY(bool isScoreGood READ isScoreGood NOTIFY scoreChanged)
+    // One map per row, in display order: {"host": QString, "blocked": bool, "label": QString}.
+    Q_PROPERTY(QVariantList resultRows READ resultRows NOTIFY resultsChanged)
+
+public:
+    enum class ScenePhase { Active, Inactive, Background };
+    Q_ENUM(ScenePhase)
+
+    struct Dependencies
+    {
+        DNSSettingsManager &manager; // the one shared manager
+        MainQueue &mainQueue;
+        const Environment &environment;
+        Console &console;
+        std::function<void()> incrementLaunchCount;
+        // Called once, on first use of the tester.
+        std::function<std::unique_ptr<AdBlockTester>()> makeTester;
+    };
+
+    explicit MainViewModel(Dependencies dependencies, QObject *parent = nullptr);
+    ~MainViewModel() override;
+
+    bool isBlockingEnabled() const;
+    bool isSettingsAdded() const;
+    AdBlockTester *tester();
+    ScenePhase scenePhase() const { return m_scenePhase; }
+    void setScenePhase(ScenePhase phase);
+
+    QString addButtonTitle() const;
+    QString addButtonSymbol() const;
+    bool addButtonEnabled() const;
+    bool hasResults();
+    QString scoreText();
+    bool isScoreGood();
+    QVariantList resultRows();
+
+    void refreshStatus();
+    Q_INVOKABLE void addNetworkSettings();
+    void removeDNSSettings();
+    // The screen's content appeared: refresh the status, then count the launch.
+    Q_INVOKABLE void onAppear();
+    Q_INVOKABLE void runTest();
+
+signals:
+    void isBlockingEnabledChanged();
+    void isSettingsAddedChanged();
+    void scenePhaseChanged();
+    void resultsChanged();
+    void scoreChanged();
+
+private:
+    struct State;
+    // Shared with in-flight completions so that they outlive the model that started them.
+    std::shared_ptr<State> m_state;
+    ScenePhase m_scenePhase = ScenePhase::Active;
+    std::unique_ptr<AdBlockTester> m_tester;
+};
+
+} // namespace brivanta

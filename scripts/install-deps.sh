@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages that building, testing and running Brivanta need.
+# Idempotent; prints nothing when everything is already there. Needs root (or sudo) only to install.
+set -euo pipefail
+
+packages=(
+    # build
+    cmake ninja-build g++ clang libclang-rt-14-dev pkg-config dpkg-dev file
+    qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev qt6-5compat-dev
+    qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libgl-dev
+    nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev
+    # run: QML modules, platform plugins, SVG icons, fonts
+    qt6-qpa-plugins qt6-image-formats-plugins libqt6svg6
+    qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript qml6-module-qtquick
+    qml6-module-qtquick-controls qml6-module-qtquick-layouts qml6-module-qtquick-templates
+    qml6-module-qtquick-window qml6-module-qt5compat-graphicaleffects qml6-module-qttest
+    fonts-noto-color-emoji fonts-dejavu-core
+    # tests, benchmarks, screenshots, packaging checks
+    xvfb xauth xdotool curl desktop-file-utils appstream
+)
+
+missing=()
+for p in "${packages[@]}"; do
+    status=$(dpkg-query -W -f='${db:Status-Status}' "$p" 2>/dev/null || true)
+    [ "$status" = "installed" ] || missing+=("$p")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "Installing ${#missing[@]} missing Debian package(s): ${missing[*]}"
+sudo=""
+if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || { echo "Missing packages and not root: install them as root first." >&2; exit 1; }
+    sudo="sudo"
+fi
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/environment.h"
+
+#include <map>
+
+namespace brivanta::testing {
+
+class FakeEnvironment final : public Environment
+{
+public:
+    std::map<std::string, std::string> variables;
+
+    std::optional<std::string> value(const std::string &name) const override
+    {
+        const auto it = variables.find(name);
+        if (it == variables.end())
+            return std::nullopt;
+        return it->second;
+    }
+};
+
+} // namespace brivanta::testing

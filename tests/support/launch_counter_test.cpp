@@ -1,0 +1,112 @@
+#include "fakes/fake_application_services.h"
+#include "fakes/fake_preferences.h"
+#include "support/launch_counter.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace brivanta {
+namespace {
+
+using testing::FakeApplicationServices;
+using testing::FakeOtherScene;
+using testing::FakePreferences;
+using testing::FakeWindowScene;
+
+qlonglong storedCount(const FakePreferences &preferences)
+{
+    return preferences.values.value(QStringLiteral("launchCount")).toLongLong();
+}
+
+TEST(LaunchCounter, AsksForAReviewOnEveryFifthAppearanceInTheWindowScene)
+{
+    FakePreferences preferences;
+    FakeApplicationServices application;
+    auto &scene = application.addScene<FakeWindowScene>();
+
+    const std::vector<std::size_t> expectedRequests { 0, 0, 0, 0, 1, 1, 1, 1, 1, 2, 2 };
+    for (int appearance = 1; appearance <= 11; ++appearance) {
+        incrementLaunchCount(preferences, application);
+        EXPECT_EQ(storedCount(preferences), appearance);
+        EXPECT_EQ(application.reviewRequests.size(), expectedRequests[appearance - 1]) << "appearance " << appearance;
+    }
+    for (WindowScene *requested : application.reviewRequests)
+        EXPECT_EQ(requested, &scene);
+}
+
+TEST(LaunchCounter, ContinuesFromTheStoredCount)
+{
+    FakePreferences preferences;
+    preferences.values.insert(QStringLiteral("launchCount"), qlonglong(1'000'004));
+    FakeApplicationServices application;
+    application.addScene<FakeWindowScene>();
+
+    incrementLaunchCount(preferences, application);
+
+    EXPECT_EQ(storedCount(preferences), 1'000'005);
+    EXPECT_EQ(application.reviewRequests.size(), 1u);
+}
+
+// Scene set-ups in which the fifth appearance must not ask for a review.
+enum class Scenes { None, OtherKindFirst };
+
+class LaunchCounterWithoutUsableScene : public ::testing::TestWithParam<Scenes>
+{
+};
+
+TEST_P(LaunchCounterWithoutUsableScene, StillCountsButRequestsNothing)
+{
+    FakePreferences preferences;
+    FakeApplicationServices application;
+    if (GetParam() == Scenes::OtherKindFirst) {
+        application.addScene<FakeOtherScene>();
+        application.addScene<FakeWindowScene>(); // never considered: only the first scene is
+    }
+
+    for (int appearance = 1; appearance <= 10; ++appearance)
+        incrementLaunchCount(preferences, application);
+
+    EXPECT_EQ(storedCount(preferences), 10);
+    EXPECT_EQ(preferences.writes, 10);
+    EXPECT_TRUE(application.reviewRequests.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(, LaunchCounterWithoutUsableScene, ::testing::Values(Scenes::None, Scenes::OtherKindFirst));
+
+TEST(LaunchCounter, AWindowSceneWithoutWindowsStillGetsTheRequest)
+{
+    // The prompt needs only the scene; windows matter to the share sheet, not here.
+    FakePreferences preferences;
+    preferences.values.insert(QStringLiteral("launchCount"), qlonglong(4));
+    FakeApplicationServices application;
+    auto &scene = application.addScene<FakeWindowScene>();
+
+    incrementLaunchCount(preferences, application);
+
+    ASSERT_EQ(application.reviewRequests.size(), 1u);
+    EXPECT_EQ(application.reviewRequests.front(), &scene);
+}
+
+TEST(LaunchCounter, AStoredValueThatIsNotAnIntegerCountsAsZero)
+{
+    FakePreferences preferences;
+    preferences.values.insert(QStringLiteral("launchCount"), QStringLiteral("five"));
+    FakeApplicationServices application;
+
+    incrementLaunchCount(preferences, application);
+
+    EXPECT_EQ(preferences.values.value(QStringLiteral("launchCount")), QVariant(qlonglong(1)));
+}
+
+TEST(LaunchCounterDeathTest, OverflowOfTheCounterIsFatal)
+{
+    FakePreferences preferences;
+    preferences.values.insert(QStringLiteral("launchCount"), std::numeric_limits<qlonglong>::max());
+    FakeApplicationServices application;
+
+    EXPECT_DEATH(incrementLaunchCount(preferences, application), "");
+}
+
+} // namespace
+} // namespace brivanta

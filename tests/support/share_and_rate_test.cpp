@@ -1,0 +1,194 @@
+#include "brivanta_build_config.h"
+#include "fakes/fake_application_services.h"
+#include "fakes/fake_bundle_info.h"
+#include "support/share_and_rate.h"
+
+#include <QUrlQuery>
+
+#include <gtest/gtest.h>
+
+namespace brivanta {
+namespace {
+
+using testing::FakeApplicationServices;
+using testing::FakeBundleInfo;
+using testing::FakeOtherScene;
+using testing::FakeViewController;
+using testing::FakeWindowScene;
+
+const QByteArray shareBody = "! \xF0\x9F\x8E\x89\n\n"
+                             "\xE2\x9C\xA8 Enjoy the latest features, bug fixes, and sleek UI improvements!\n"
+                             "\xF0\x9F\x93\xB2 New users, download now! \xF0\x9F\x94\x84 Existing users, update for "
+                             "the best experience! \xF0\x9F\x94\xA5\n\n";
+
+QString expectedStorePage()
+{
+    return QStringLiteral("https://%1/app/id%2").arg(build::storeHost, build::storeAppId);
+}
+
+FakeBundleInfo bundleWith(QVariant name, QVariant version)
+{
+    FakeBundleInfo bundle;
+    if (name.isValid())
+        bundle.dictionary.insert(QStringLiteral("CFBundleName"), name);
+    if (version.isValid())
+        bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), version);
+    return bundle;
+}
+
+TEST(ShareText, BodyIsTheFixed166Bytes)
+{
+    EXPECT_EQ(shareBody.size(), 166);
+}
+
+struct ShareTextCase
+{
+    const char *what;
+    QVariant name;
+    QVariant version;
+    QByteArray firstLine;
+};
+
+class ShareTextTest : public ::testing::TestWithParam<ShareTextCase>
+{
+};
+
+TEST_P(ShareTextTest, ComposesOpeningNameSpaceVersionAndBody)
+{
+    const FakeBundleInfo bundle = bundleWith(GetParam().name, GetParam().version);
+    EXPECT_EQ(shareText(bundle).toUtf8(), GetParam().firstLine + shareBody);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , ShareTextTest,
+    ::testing::Values(
+        ShareTextCase { "both", QStringLiteral("Brivanta"), QStringLiteral("2.1"),
+                        "\xF0\x9F\x9A\x80 Check out Brivanta 2.1" },
+        ShareTextCase { "versionMissing", QStringLiteral("Brivanta"), QVariant(),
+                        "\xF0\x9F\x9A\x80 Check out Brivanta " },
+        ShareTextCase { "nameMissing", QVariant(), QStringLiteral("2.1"), "\xF0\x9F\x9A\x80 Check out this app 2.1" },
+        ShareTextCase { "nameNotAString", QVariant(42), QStringLiteral("2.1"),
+                        "\xF0\x9F\x9A\x80 Check out this app 2.1" },
+        ShareTextCase { "versionNotAString", QStringLiteral("Brivanta"), QVariant(2.1),
+                        "\xF0\x9F\x9A\x80 Check out Brivanta " },
+        ShareTextCase { "bothMissing", QVariant(), QVariant(), "\xF0\x9F\x9A\x80 Check out this app " }),
+    [](const auto &info) { return std::string(info.param.what); });
+
+TEST(ShareApp, PresentsTextThenStoreLinkOnTheRootControllerAnimated)
+{
+    const FakeBundleInfo bundle = bundleWith(QStringLiteral("Brivanta"), QStringLiteral("2.1"));
+    FakeApplicationServices application;
+    FakeViewController &root = application.addWindowSceneWithRoot();
+
+    shareApp(bundle, application);
+
+    ASSERT_EQ(root.presented.size(), 1u);
+    const auto &presentation = root.presented.front();
+    EXPECT_TRUE(presentation.animated);
+    ASSERT_EQ(presentation.sheet.activityItems.size(), 2u);
+    ASSERT_TRUE(std::holds_alternative<QString>(presentation.sheet.activityItems[0]));
+    ASSERT_TRUE(std::holds_alternative<QUrl>(presentation.sheet.activityItems[1]));
+    const QString text = std::get<QString>(presentation.sheet.activityItems[0]);
+    EXPECT_TRUE(text.toUtf8().startsWith("\xF0\x9F\x9A\x80 Check out Brivanta 2.1! "));
+    EXPECT_FALSE(text.contains(QStringLiteral("https://")));
+    EXPECT_EQ(std::get<QUrl>(presentation.sheet.activityItems[1]).toString(), expectedStorePage());
+    EXPECT_FALSE(presentation.sheet.popover.has_value()); // phones have no popover to anchor
+}
+
+TEST(ShareApp, AsAPopoverFloatsAtTheCentreOfTheRootViewWithNoArrow)
+{
+    const FakeBundleInfo bundle;
+    FakeApplicationServices application;
+    application.hasPopover = true;
+    FakeViewController &root = application.addWindowSceneWithRoot();
+    root.bounds = QRectF(10, 20, 1024, 700);
+
+    shareApp(bundle, application);
+
+    ASSERT_EQ(root.presented.size(), 1u);
+    const std::optional<PopoverAnchor> &popover = root.presented.front().sheet.popover;
+    ASSERT_TRUE(popover.has_value());
+    EXPECT_EQ(popover->sourceView, &root);
+    EXPECT_EQ(popover->sourceRect, QRectF(522, 370, 0, 0));
+    EXPECT_EQ(popover->permittedArrowDirections, 0u);
+}
+
+enum class Presenter { NoScene, OtherKindFirst, NoWindows, NoRootController };
+
+class ShareAppWithoutPresenter : public ::testing::TestWithParam<Presenter>
+{
+};
+
+TEST_P(ShareAppWithoutPresenter, DoesNothingAndTriesNoOtherPresenter)
+{
+    const FakeBundleInfo bundle;
+    FakeApplicationServices application;
+    // A usable root that a fallback would wrongly pick: in a later scene or a later window.
+    FakeViewController *bystander = nullptr;
+    switch (GetParam()) {
+    case Presenter::NoScene:
+        break;
+    case Presenter::OtherKindFirst:
+        application.addScene<FakeOtherScene>();
+        bystander = &application.addWindowSceneWithRoot();
+        break;
+    case Presenter::NoWindows:
+        application.addScene<FakeWindowScene>();
+        bystander = &application.addWindowSceneWithRoot();
+        break;
+    case Presenter::NoRootController: {
+        auto &scene = application.addScene<FakeWindowScene>();
+        scene.addWindow().root.reset();
+        bystander = scene.addWindow().root.get();
+        break;
+    }
+    }
+
+    shareApp(bundle, application);
+
+    if (bystander != nullptr) {
+        EXPECT_TRUE(bystander->presented.empty());
+    }
+    EXPECT_TRUE(application.openedURLs.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(, ShareAppWithoutPresenter,
+                         ::testing::Values(Presenter::NoScene, Presenter::OtherKindFirst, Presenter::NoWindows,
+                                           Presenter::NoRootController));
+
+TEST(ShareAppDeathTest, AStoreLinkThatDoesNotParseIsFatal)
+{
+    const FakeBundleInfo bundle;
+    FakeApplicationServices application;
+    application.addWindowSceneWithRoot();
+
+    EXPECT_DEATH(shareApp(bundle, application, QStringLiteral("https://apps example.com/app/id1")), "");
+}
+
+TEST(RateApp, OpensTheReviewLinkWithExactlyOneQueryItem)
+{
+    FakeApplicationServices application;
+
+    rateApp(application);
+
+    ASSERT_EQ(application.openedURLs.size(), 1u);
+    const QUrl &url = application.openedURLs.front();
+    EXPECT_EQ(url.toString(), expectedStorePage() + QStringLiteral("?action=write-review"));
+    const auto items = QUrlQuery(url).queryItems();
+    ASSERT_EQ(items.size(), 1);
+    EXPECT_EQ(items.front().first, QStringLiteral("action"));
+    EXPECT_EQ(items.front().second, QStringLiteral("write-review"));
+}
+
+TEST(RateApp, IgnoresALinkThatDoesNotParse)
+{
+    FakeApplicationServices application;
+
+    rateApp(application, QStringLiteral("https://apps example.com/app/id1?action=write-review"));
+    rateApp(application, QString());
+
+    EXPECT_TRUE(application.openedURLs.empty());
+}
+
+} // namespace
+} // namespace brivanta

@@ -1,0 +1,130 @@
+#include "platform/qt/desktop_rating_prompt.h"
+#include "platform/qt/desktop_share_sheet.h"
+#include "url_recorder.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QSignalSpy>
+#include <QUrlQuery>
+
+#include <gtest/gtest.h>
+
+namespace brivanta {
+namespace {
+
+using testing::UrlRecorder;
+
+ShareSheet sheetWith(const QString &text)
+{
+    return { { text, QUrl(QStringLiteral("https://apps.apple.com/app/id6742517203")) }, std::nullopt };
+}
+
+TEST(DesktopShareSheet, ShowsTheTextAndTheLinkOfThePresentedSheet)
+{
+    DesktopShareSheet sheet;
+    QSignalSpy visibleChanged(&sheet, &DesktopShareSheet::visibleChanged);
+
+    sheet.present(sheetWith(QStringLiteral("Try it!\n\n")));
+
+    EXPECT_TRUE(sheet.isVisible());
+    EXPECT_EQ(visibleChanged.count(), 1);
+    EXPECT_EQ(sheet.text(), QStringLiteral("Try it!\n\n"));
+    EXPECT_EQ(sheet.urlText(), QStringLiteral("https://apps.apple.com/app/id6742517203"));
+    EXPECT_FALSE(sheet.isPopover());
+    EXPECT_FALSE(sheet.isCentred());
+}
+
+TEST(DesktopShareSheet, AnArrowlessPopoverIsCentredOnItsSourcePoint)
+{
+    DesktopShareSheet sheet;
+    ShareSheet content = sheetWith(QStringLiteral("x"));
+    content.popover = PopoverAnchor { nullptr, QRectF(512, 350, 0, 0), PopoverArrowDirectionNone };
+
+    sheet.present(content);
+
+    EXPECT_TRUE(sheet.isPopover());
+    EXPECT_TRUE(sheet.isCentred());
+    EXPECT_EQ(sheet.sourceRect(), QRectF(512, 350, 0, 0));
+    EXPECT_EQ(sheet.property("centred").toBool(), true);
+}
+
+TEST(DesktopShareSheet, CopyPutsTextThenLinkOnTheClipboardAndCloses)
+{
+    DesktopShareSheet sheet;
+    sheet.present(sheetWith(QStringLiteral("Check out Brivanta 1.0!\n\n")));
+
+    sheet.copyToClipboard();
+
+    EXPECT_EQ(QGuiApplication::clipboard()->text(),
+              QStringLiteral("Check out Brivanta 1.0!\n\nhttps://apps.apple.com/app/id6742517203"));
+    EXPECT_FALSE(sheet.isVisible());
+}
+
+TEST(DesktopShareSheet, TheLinkGoesOnALineOfItsOwn)
+{
+    DesktopShareSheet sheet;
+    sheet.present(sheetWith(QStringLiteral("No trailing line feed")));
+    EXPECT_EQ(sheet.sharedText(), QStringLiteral("No trailing line feed\nhttps://apps.apple.com/app/id6742517203"));
+}
+
+TEST(DesktopShareSheet, SendByEmailOpensAMailWhoseBodyIsTextAndLink)
+{
+    UrlRecorder recorder;
+    DesktopShareSheet sheet;
+    sheet.present(sheetWith(QStringLiteral("Ads & trackers? 🚀 Gone!\n\n")));
+
+    sheet.sendByEmail();
+
+    ASSERT_EQ(recorder.opened.size(), 1u);
+    const QUrl &mail = recorder.opened.front();
+    EXPECT_EQ(mail.scheme(), QStringLiteral("mailto"));
+    EXPECT_TRUE(mail.path().isEmpty());
+    const QUrlQuery query(mail);
+    ASSERT_EQ(query.queryItems().size(), 1);
+    EXPECT_EQ(query.queryItemValue(QStringLiteral("body"), QUrl::FullyDecoded),
+              QStringLiteral("Ads & trackers? 🚀 Gone!\n\nhttps://apps.apple.com/app/id6742517203"));
+    EXPECT_FALSE(sheet.isVisible());
+}
+
+TEST(DesktopShareSheet, DismissHidesOnce)
+{
+    DesktopShareSheet sheet;
+    sheet.present(sheetWith(QStringLiteral("x")));
+    QSignalSpy visibleChanged(&sheet, &DesktopShareSheet::visibleChanged);
+
+    sheet.dismiss();
+    sheet.dismiss();
+
+    EXPECT_FALSE(sheet.isVisible());
+    EXPECT_EQ(visibleChanged.count(), 1);
+}
+
+TEST(DesktopRatingPrompt, OpenReviewOpensTheReviewLinkAndCloses)
+{
+    UrlRecorder recorder;
+    const QUrl review(QStringLiteral("https://apps.apple.com/app/id6742517203?action=write-review"));
+    DesktopRatingPrompt prompt(review);
+    prompt.show();
+    ASSERT_TRUE(prompt.isVisible());
+
+    prompt.openReview();
+
+    ASSERT_EQ(recorder.opened.size(), 1u);
+    EXPECT_EQ(recorder.opened.front(), review);
+    EXPECT_FALSE(prompt.isVisible());
+}
+
+TEST(DesktopRatingPrompt, DismissOpensNothing)
+{
+    UrlRecorder recorder;
+    DesktopRatingPrompt prompt(QUrl(QStringLiteral("https://apps.apple.com/app/id1?action=write-review")));
+    prompt.show();
+
+    prompt.dismiss();
+
+    EXPECT_FALSE(prompt.isVisible());
+    EXPECT_TRUE(recorder.opened.empty());
+}
+
+} // namespace
+} // namespace brivanta

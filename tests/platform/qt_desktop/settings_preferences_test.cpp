@@ -1,0 +1,77 @@
+#include "fakes/fake_application_services.h"
+#include "platform/qt/settings_preferences.h"
+#include "support/launch_counter.h"
+
+#include <QSettings>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace brivanta {
+namespace {
+
+using testing::FakeApplicationServices;
+
+struct SettingsPreferencesTest : ::testing::Test
+{
+    QTemporaryDir directory;
+    QString fileName = directory.filePath(QStringLiteral("Brivanta.conf"));
+    const QString key = QStringLiteral("launchCount");
+
+    void storeRaw(const QVariant &value)
+    {
+        QSettings settings(fileName, QSettings::NativeFormat);
+        settings.setValue(key, value);
+    }
+};
+
+TEST_F(SettingsPreferencesTest, AMissingKeyReadsZero)
+{
+    ASSERT_TRUE(directory.isValid());
+    EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), 0);
+}
+
+TEST_F(SettingsPreferencesTest, TheCounterSurvivesIntoANewStore)
+{
+    FakeApplicationServices application;
+    {
+        SettingsPreferences first(fileName);
+        for (int appearance = 1; appearance <= 3; ++appearance)
+            incrementLaunchCount(first, application);
+        // A second store on the same file sees each write at once, before the first goes away.
+        EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), 3);
+    }
+    SettingsPreferences second(fileName);
+    incrementLaunchCount(second, application);
+    EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), 4);
+}
+
+TEST_F(SettingsPreferencesTest, KeepsTheWholeSigned64BitRange)
+{
+    SettingsPreferences(fileName).setInteger(std::numeric_limits<std::int64_t>::min(), key);
+    EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), std::numeric_limits<std::int64_t>::min());
+    SettingsPreferences(fileName).setInteger(std::numeric_limits<std::int64_t>::max(), key);
+    EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), std::numeric_limits<std::int64_t>::max());
+}
+
+class SettingsPreferencesDamaged : public SettingsPreferencesTest, public ::testing::WithParamInterface<const char *>
+{
+};
+
+TEST_P(SettingsPreferencesDamaged, AValueThatIsNotAnIntegerReadsZeroAndIsOverwrittenByOne)
+{
+    storeRaw(QString::fromUtf8(GetParam()));
+    SettingsPreferences preferences(fileName);
+    EXPECT_EQ(preferences.integerForKey(key), 0);
+
+    FakeApplicationServices application;
+    incrementLaunchCount(preferences, application);
+
+    EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(, SettingsPreferencesDamaged,
+                         ::testing::Values("five", "2.5", "", "99999999999999999999", "0x10"));
+
+} // namespace
+} // namespace brivanta

@@ -3,7 +3,6 @@
 #include <QRectF>
 #include <QString>
 #include <QUrl>
-
 #include <optional>
 #include <variant>
 #include <vector>

@@ -15,8 +15,9 @@ QString shareText(const BundleInfo &bundle)
     const QString version = bundleString(bundle, QStringLiteral("CFBundleShortVersionString"), QString());
     // The space goes in even when the version is empty: "this app !" is how it reads then.
     return QStringLiteral(u"🚀 Check out ") + name + u' ' + version
-        + QStringLiteral(u"! 🎉\n\n✨ Enjoy the latest features, bug fixes, and sleek UI improvements!\n"
-                         u"📲 New users, download now! 🔄 Existing users, update for the best experience! 🔥\n\n");
+        + QStringLiteral(
+            u"! 🎉\n\n✨ Enjoy the latest features, bug fixes, and sleek UI improvements!\n"
+            u"📲 New users, download now! 🔄 Existing users, update for the best experience! 🔥\n\n");
 }
 
 void shareApp(const BundleInfo &bundle, ApplicationServices &application)
@@ -44,7 +45,8 @@ void shareApp(const BundleInfo &bundle, ApplicationServices &application, const 
     if (application.shareSheetHasPopover()) {
         // Floats in the middle of the root view, with no arrow pointing anywhere.
         const QRectF bounds = root->viewBounds();
-        sheet.popover = PopoverAnchor { root, QRectF(bounds.center(), QSizeF(0, 0)), PopoverArrowDirectionNone };
+        sheet.popover
+            = PopoverAnchor { root, QRectF(bounds.center(), QSizeF(0, 0)), PopoverArrowDirectionNone };
     }
     root->presentShareSheet(sheet, true);
 }

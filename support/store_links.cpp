@@ -7,7 +7,8 @@ namespace brivanta {
 
 QString storePageLink(const QString &appId)
 {
-    return QStringLiteral("https://") + QString::fromUtf8(build::storeHost) + QStringLiteral("/app/id") + appId;
+    return QStringLiteral("https://") + QString::fromUtf8(build::storeHost) + QStringLiteral("/app/id")
+        + appId;
 }
 
 QString appStorePageLink()

@@ -40,14 +40,14 @@ QString flagForRegionCode(const QString &regionCode)
     return flag;
 }
 
-SupportRequestDetails readSupportRequestDetails(const BundleInfo &bundle, const Device &device,
-                                                const LocaleInfo &locale)
+SupportRequestDetails readSupportRequestDetails(
+    const BundleInfo &bundle, const Device &device, const LocaleInfo &locale)
 {
     const QString unknown = QStringLiteral("Unknown");
     SupportRequestDetails details;
     details.appName = bundleString(bundle, QStringLiteral("CFBundleName"), QStringLiteral("Unknown App"));
-    details.version
-        = bundleString(bundle, QStringLiteral("CFBundleShortVersionString"), QStringLiteral("Unknown Version"));
+    details.version = bundleString(
+        bundle, QStringLiteral("CFBundleShortVersionString"), QStringLiteral("Unknown Version"));
     details.model = device.model();
     details.osVersion = device.systemName() + u' ' + device.systemVersion();
 
@@ -69,12 +69,14 @@ QString supportSubject(const SupportRequestDetails &details)
 QString supportBody(const SupportRequestDetails &details)
 {
     return QStringLiteral(u"Hello Support Team, 👋\n\nI need assistance with ") + details.appName
-        + QStringLiteral(u". Below are my app and device details:\n\n📱 App Info\n- App Name: ") + details.appName
-        + QStringLiteral(u"\n- Version: ") + details.version + QStringLiteral(u"\n\n🔧 Device Info\n- Model: ")
-        + details.model + QStringLiteral(u"\n- OS Version: ") + details.osVersion
-        + QStringLiteral(u"\n\n🌍 Locale\n- Language: ") + details.languageName + QStringLiteral(u"\n- Country: ")
-        + details.countryName + u' ' + details.flag
-        + QStringLiteral(u"\n\n📝 Issue Description:\n(Please describe your issue here...)\n\nThanks for your help! 🙏");
+        + QStringLiteral(u". Below are my app and device details:\n\n📱 App Info\n- App Name: ")
+        + details.appName + QStringLiteral(u"\n- Version: ") + details.version
+        + QStringLiteral(u"\n\n🔧 Device Info\n- Model: ") + details.model
+        + QStringLiteral(u"\n- OS Version: ") + details.osVersion
+        + QStringLiteral(u"\n\n🌍 Locale\n- Language: ") + details.languageName
+        + QStringLiteral(u"\n- Country: ") + details.countryName + u' ' + details.flag
+        + QStringLiteral(
+            u"\n\n📝 Issue Description:\n(Please describe your issue here...)\n\nThanks for your help! 🙏");
 }
 
 QString supportRequestLink(const SupportRequestDetails &details)
@@ -85,7 +87,7 @@ QString supportRequestLink(const SupportRequestDetails &details)
 }
 
 void contactSupport(const BundleInfo &bundle, const Device &device, const LocaleInfo &locale,
-                    ApplicationServices &application)
+    ApplicationServices &application)
 {
     openLink(application, supportRequestLink(readSupportRequestDetails(bundle, device, locale)));
 }

@@ -21,8 +21,8 @@ struct SupportRequestDetails
     QString flag;
 };
 
-SupportRequestDetails readSupportRequestDetails(const BundleInfo &bundle, const Device &device,
-                                                const LocaleInfo &locale);
+SupportRequestDetails readSupportRequestDetails(
+    const BundleInfo &bundle, const Device &device, const LocaleInfo &locale);
 
 // A region code's flag: regional indicators for a 2-character code, else the white flag.
 QString flagForRegionCode(const QString &regionCode);
@@ -35,6 +35,6 @@ QString supportRequestLink(const SupportRequestDetails &details);
 
 // "Contact Support": builds the request and opens its mailto: link; every failure is silent.
 void contactSupport(const BundleInfo &bundle, const Device &device, const LocaleInfo &locale,
-                    ApplicationServices &application);
+    ApplicationServices &application);
 
 } // namespace brivanta

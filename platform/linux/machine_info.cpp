@@ -21,7 +21,8 @@ namespace {
 // A value of os-release: optionally quoted, with backslash escapes inside quotes.
 QString unquoted(QStringView value)
 {
-    if (value.size() < 2 || (value.front() != u'"' && value.front() != u'\'') || value.back() != value.front())
+    if (value.size() < 2 || (value.front() != u'"' && value.front() != u'\'')
+        || value.back() != value.front())
         return value.toString();
     QString result;
     const QStringView inner = value.mid(1, value.size() - 2);

@@ -14,8 +14,7 @@ public:
     RootController(const QPointer<QWindow> &window, DesktopShareSheet &shareSheet)
         : m_window(window)
         , m_shareSheet(shareSheet)
-    {
-    }
+    { }
 
     QRectF viewBounds() const override
     {
@@ -35,8 +34,7 @@ class DesktopApplicationServices::AppWindow final : public Window
 public:
     explicit AppWindow(RootController &root)
         : m_root(root)
-    {
-    }
+    { }
     ViewController *rootViewController() const override { return &m_root; }
 
 private:
@@ -48,23 +46,21 @@ class DesktopApplicationServices::AppScene final : public WindowScene
 public:
     explicit AppScene(AppWindow &window)
         : m_window(window)
-    {
-    }
+    { }
     std::vector<Window *> windows() const override { return { &m_window }; }
 
 private:
     AppWindow &m_window;
 };
 
-DesktopApplicationServices::DesktopApplicationServices(DesktopDevice &device, DesktopShareSheet &shareSheet,
-                                                       DesktopRatingPrompt &ratingPrompt)
+DesktopApplicationServices::DesktopApplicationServices(
+    DesktopDevice &device, DesktopShareSheet &shareSheet, DesktopRatingPrompt &ratingPrompt)
     : m_device(device)
     , m_ratingPrompt(ratingPrompt)
     , m_root(std::make_unique<RootController>(m_window, shareSheet))
     , m_appWindow(std::make_unique<AppWindow>(*m_root))
     , m_scene(std::make_unique<AppScene>(*m_appWindow))
-{
-}
+{ }
 
 DesktopApplicationServices::~DesktopApplicationServices() = default;
 

@@ -4,7 +4,6 @@
 
 #include <QPointer>
 #include <QWindow>
-
 #include <memory>
 
 namespace brivanta {
@@ -20,8 +19,8 @@ class DesktopShareSheet;
 class DesktopApplicationServices final : public ApplicationServices
 {
 public:
-    DesktopApplicationServices(DesktopDevice &device, DesktopShareSheet &shareSheet,
-                               DesktopRatingPrompt &ratingPrompt);
+    DesktopApplicationServices(
+        DesktopDevice &device, DesktopShareSheet &shareSheet, DesktopRatingPrompt &ratingPrompt);
     ~DesktopApplicationServices() override;
 
     // The app's window, or nullptr; a destroyed window counts as none.

@@ -7,8 +7,7 @@ DesktopDevice::DesktopDevice(QString model, QString systemName, QString systemVe
     , m_model(std::move(model))
     , m_systemName(std::move(systemName))
     , m_systemVersion(std::move(systemVersion))
-{
-}
+{ }
 
 void DesktopDevice::setWindowWidth(double width)
 {

@@ -7,8 +7,7 @@ namespace brivanta {
 DesktopRatingPrompt::DesktopRatingPrompt(QUrl reviewUrl, QObject *parent)
     : QObject(parent)
     , m_reviewUrl(std::move(reviewUrl))
-{
-}
+{ }
 
 void DesktopRatingPrompt::show()
 {

@@ -50,7 +50,7 @@ void DesktopShareSheet::sendByEmail()
     // text must not end the body.
     QDesktopServices::openUrl(
         QUrl(QStringLiteral("mailto:?body=") + QString::fromLatin1(QUrl::toPercentEncoding(sharedText())),
-             QUrl::StrictMode));
+            QUrl::StrictMode));
     dismiss();
 }
 

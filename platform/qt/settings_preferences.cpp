@@ -6,8 +6,7 @@ SettingsPreferences::SettingsPreferences() = default;
 
 SettingsPreferences::SettingsPreferences(const QString &fileName)
     : m_settings(fileName, QSettings::NativeFormat)
-{
-}
+{ }
 
 std::int64_t SettingsPreferences::integerForKey(const QString &key) const
 {

@@ -65,8 +65,7 @@ public:
     std::vector<QUrl> openedURLs;
     std::vector<WindowScene *> reviewRequests;
 
-    template<typename SceneType>
-    SceneType &addScene()
+    template <typename SceneType> SceneType &addScene()
     {
         scenes.push_back(std::make_unique<SceneType>());
         return static_cast<SceneType &>(*scenes.back());

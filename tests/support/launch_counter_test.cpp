@@ -3,7 +3,6 @@
 #include "support/launch_counter.h"
 
 #include <gtest/gtest.h>
-
 #include <limits>
 
 namespace brivanta {
@@ -29,7 +28,8 @@ TEST(LaunchCounter, AsksForAReviewOnEveryFifthAppearanceInTheWindowScene)
     for (int appearance = 1; appearance <= 11; ++appearance) {
         incrementLaunchCount(preferences, application);
         EXPECT_EQ(storedCount(preferences), appearance);
-        EXPECT_EQ(application.reviewRequests.size(), expectedRequests[appearance - 1]) << "appearance " << appearance;
+        EXPECT_EQ(application.reviewRequests.size(), expectedRequests[appearance - 1])
+            << "appearance " << appearance;
     }
     for (WindowScene *requested : application.reviewRequests)
         EXPECT_EQ(requested, &scene);
@@ -72,7 +72,8 @@ TEST_P(LaunchCounterWithoutUsableScene, StillCountsButRequestsNothing)
     EXPECT_TRUE(application.reviewRequests.empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(, LaunchCounterWithoutUsableScene, ::testing::Values(Scenes::None, Scenes::OtherKindFirst));
+INSTANTIATE_TEST_SUITE_P(
+    , LaunchCounterWithoutUsableScene, ::testing::Values(Scenes::None, Scenes::OtherKindFirst));
 
 TEST(LaunchCounter, AWindowSceneWithoutWindowsStillGetsTheRequest)
 {

@@ -4,7 +4,6 @@
 #include "support/share_and_rate.h"
 
 #include <QUrlQuery>
-
 #include <gtest/gtest.h>
 
 namespace brivanta {
@@ -16,10 +15,11 @@ using testing::FakeOtherScene;
 using testing::FakeViewController;
 using testing::FakeWindowScene;
 
-const QByteArray shareBody = "! \xF0\x9F\x8E\x89\n\n"
-                             "\xE2\x9C\xA8 Enjoy the latest features, bug fixes, and sleek UI improvements!\n"
-                             "\xF0\x9F\x93\xB2 New users, download now! \xF0\x9F\x94\x84 Existing users, update for "
-                             "the best experience! \xF0\x9F\x94\xA5\n\n";
+const QByteArray shareBody
+    = "! \xF0\x9F\x8E\x89\n\n"
+      "\xE2\x9C\xA8 Enjoy the latest features, bug fixes, and sleek UI improvements!\n"
+      "\xF0\x9F\x93\xB2 New users, download now! \xF0\x9F\x94\x84 Existing users, update for "
+      "the best experience! \xF0\x9F\x94\xA5\n\n";
 
 QString expectedStorePage()
 {
@@ -59,18 +59,17 @@ TEST_P(ShareTextTest, ComposesOpeningNameSpaceVersionAndBody)
     EXPECT_EQ(shareText(bundle).toUtf8(), GetParam().firstLine + shareBody);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , ShareTextTest,
-    ::testing::Values(
-        ShareTextCase { "both", QStringLiteral("Brivanta"), QStringLiteral("2.1"),
-                        "\xF0\x9F\x9A\x80 Check out Brivanta 2.1" },
+INSTANTIATE_TEST_SUITE_P(, ShareTextTest,
+    ::testing::Values(ShareTextCase { "both", QStringLiteral("Brivanta"), QStringLiteral("2.1"),
+                          "\xF0\x9F\x9A\x80 Check out Brivanta 2.1" },
         ShareTextCase { "versionMissing", QStringLiteral("Brivanta"), QVariant(),
-                        "\xF0\x9F\x9A\x80 Check out Brivanta " },
-        ShareTextCase { "nameMissing", QVariant(), QStringLiteral("2.1"), "\xF0\x9F\x9A\x80 Check out this app 2.1" },
+            "\xF0\x9F\x9A\x80 Check out Brivanta " },
+        ShareTextCase {
+            "nameMissing", QVariant(), QStringLiteral("2.1"), "\xF0\x9F\x9A\x80 Check out this app 2.1" },
         ShareTextCase { "nameNotAString", QVariant(42), QStringLiteral("2.1"),
-                        "\xF0\x9F\x9A\x80 Check out this app 2.1" },
+            "\xF0\x9F\x9A\x80 Check out this app 2.1" },
         ShareTextCase { "versionNotAString", QStringLiteral("Brivanta"), QVariant(2.1),
-                        "\xF0\x9F\x9A\x80 Check out Brivanta " },
+            "\xF0\x9F\x9A\x80 Check out Brivanta " },
         ShareTextCase { "bothMissing", QVariant(), QVariant(), "\xF0\x9F\x9A\x80 Check out this app " }),
     [](const auto &info) { return std::string(info.param.what); });
 
@@ -153,8 +152,8 @@ TEST_P(ShareAppWithoutPresenter, DoesNothingAndTriesNoOtherPresenter)
 }
 
 INSTANTIATE_TEST_SUITE_P(, ShareAppWithoutPresenter,
-                         ::testing::Values(Presenter::NoScene, Presenter::OtherKindFirst, Presenter::NoWindows,
-                                           Presenter::NoRootController));
+    ::testing::Values(
+        Presenter::NoScene, Presenter::OtherKindFirst, Presenter::NoWindows, Presenter::NoRootController));
 
 TEST(ShareAppDeathTest, AStoreLinkThatDoesNotParseIsFatal)
 {

@@ -30,7 +30,10 @@ struct SupportRequestTest : ::testing::Test
         locale.regionNames.insert(QStringLiteral("419"), QStringLiteral("Latin America"));
     }
 
-    QByteArray body() const { return supportBody(readSupportRequestDetails(bundle, device, locale)).toUtf8(); }
+    QByteArray body() const
+    {
+        return supportBody(readSupportRequestDetails(bundle, device, locale)).toUtf8();
+    }
 
     FakeBundleInfo bundle;
     FakeDevice device;
@@ -39,9 +42,12 @@ struct SupportRequestTest : ::testing::Test
 
 constexpr const char *expectedBody
     = "Hello Support Team, \xF0\x9F\x91\x8B\n\nI need assistance with Brivanta. Below are my app and device "
-      "details:\n\n\xF0\x9F\x93\xB1 App Info\n- App Name: Brivanta\n- Version: 1.0\n\n\xF0\x9F\x94\xA7 Device "
-      "Info\n- Model: iPhone\n- OS Version: iOS 17.2\n\n\xF0\x9F\x8C\x8D Locale\n- Language: German (Germany)\n- "
-      "Country: Germany \xF0\x9F\x87\xA9\xF0\x9F\x87\xAA\n\n\xF0\x9F\x93\x9D Issue Description:\n(Please describe "
+      "details:\n\n\xF0\x9F\x93\xB1 App Info\n- App Name: Brivanta\n- Version: 1.0\n\n\xF0\x9F\x94\xA7 "
+      "Device "
+      "Info\n- Model: iPhone\n- OS Version: iOS 17.2\n\n\xF0\x9F\x8C\x8D Locale\n- Language: German "
+      "(Germany)\n- "
+      "Country: Germany \xF0\x9F\x87\xA9\xF0\x9F\x87\xAA\n\n\xF0\x9F\x93\x9D Issue Description:\n(Please "
+      "describe "
       "your issue here...)\n\nThanks for your help! \xF0\x9F\x99\x8F";
 
 TEST_F(SupportRequestTest, SubjectAndBodyAreTheFixedTextsWithTheDetails)
@@ -58,14 +64,18 @@ TEST_F(SupportRequestTest, OpensTheEncodedMailtoLinkOnce)
     contactSupport(bundle, device, locale, application);
 
     ASSERT_EQ(application.openedURLs.size(), 1u);
-    const QByteArray expected
-        = QByteArray("mailto:") + build::supportMailbox
-        + "?subject=%F0%9F%9A%80%20Support%20Request%20-%20Brivanta&body=Hello%20Support%20Team,%20%F0%9F%91%8B%0A%0AI%"
-          "20need%20assistance%20with%20Brivanta.%20Below%20are%20my%20app%20and%20device%20details:%0A%0A%F0%9F%93%"
-          "B1%20App%20Info%0A-%20App%20Name:%20Brivanta%0A-%20Version:%201.0%0A%0A%F0%9F%94%A7%20Device%20Info%0A-%"
-          "20Model:%20iPhone%0A-%20OS%20Version:%20iOS%2017.2%0A%0A%F0%9F%8C%8D%20Locale%0A-%20Language:%20German%"
+    const QByteArray expected = QByteArray("mailto:") + build::supportMailbox
+        + "?subject=%F0%9F%9A%80%20Support%20Request%20-%20Brivanta&body=Hello%20Support%20Team,%20%F0%9F%91%"
+          "8B%0A%0AI%"
+          "20need%20assistance%20with%20Brivanta.%20Below%20are%20my%20app%20and%20device%20details:%0A%0A%"
+          "F0%9F%93%"
+          "B1%20App%20Info%0A-%20App%20Name:%20Brivanta%0A-%20Version:%201.0%0A%0A%F0%9F%94%A7%20Device%"
+          "20Info%0A-%"
+          "20Model:%20iPhone%0A-%20OS%20Version:%20iOS%2017.2%0A%0A%F0%9F%8C%8D%20Locale%0A-%20Language:%"
+          "20German%"
           "20(Germany)%0A-%20Country:%20Germany%20%F0%9F%87%A9%F0%9F%87%AA%0A%0A%F0%9F%93%9D%20Issue%"
-          "20Description:%0A(Please%20describe%20your%20issue%20here...)%0A%0AThanks%20for%20your%20help!%20%F0%9F%"
+          "20Description:%0A(Please%20describe%20your%20issue%20here...)%0A%0AThanks%20for%20your%20help!%20%"
+          "F0%9F%"
           "99%8F";
     EXPECT_EQ(supportRequestLink(readSupportRequestDetails(bundle, device, locale)).toUtf8(), expected);
     EXPECT_EQ(application.openedURLs.front().toEncoded(), expected);
@@ -124,7 +134,8 @@ TEST_F(SupportRequestTest, QueryDelimitersInValuesPassUnescaped)
     contactSupport(bundle, device, locale, application);
 
     ASSERT_EQ(application.openedURLs.size(), 1u);
-    EXPECT_TRUE(application.openedURLs.front().toEncoded().contains("?subject=%F0%9F%9A%80%20Support%20Request%20-%20A&b=c?d/e+f&body="));
+    EXPECT_TRUE(application.openedURLs.front().toEncoded().contains(
+        "?subject=%F0%9F%9A%80%20Support%20Request%20-%20A&b=c?d/e+f&body="));
 }
 
 struct FlagCase
@@ -142,17 +153,16 @@ TEST_P(FlagForRegionCode, IsRegionalIndicatorsOrTheWhiteFlag)
     EXPECT_EQ(flagForRegionCode(QString::fromUtf8(GetParam().regionCode)).toUtf8(), GetParam().flag);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , FlagForRegionCode,
+INSTANTIATE_TEST_SUITE_P(, FlagForRegionCode,
     ::testing::Values(FlagCase { "de", "\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA" },
-                      FlagCase { "US", "\xF0\x9F\x87\xBA\xF0\x9F\x87\xB8" },
-                      FlagCase { "419", "\xF0\x9F\x8F\xB3\xEF\xB8\x8F" }, FlagCase { "", "\xF0\x9F\x8F\xB3\xEF\xB8\x8F" },
-                      FlagCase { "Unknown", "\xF0\x9F\x8F\xB3\xEF\xB8\x8F" },
-                      FlagCase { "D", "\xF0\x9F\x8F\xB3\xEF\xB8\x8F" },
-                      // Two characters that are not letters still shift; a shift past U+10FFFF is dropped.
-                      FlagCase { "1\xF4\x8F\xBF\xBF", "\xF0\x9F\x87\x96" },
-                      // An accented letter written with a combining mark is one character.
-                      FlagCase { "e\xCC\x81", "\xF0\x9F\x8F\xB3\xEF\xB8\x8F" }));
+        FlagCase { "US", "\xF0\x9F\x87\xBA\xF0\x9F\x87\xB8" },
+        FlagCase { "419", "\xF0\x9F\x8F\xB3\xEF\xB8\x8F" }, FlagCase { "", "\xF0\x9F\x8F\xB3\xEF\xB8\x8F" },
+        FlagCase { "Unknown", "\xF0\x9F\x8F\xB3\xEF\xB8\x8F" },
+        FlagCase { "D", "\xF0\x9F\x8F\xB3\xEF\xB8\x8F" },
+        // Two characters that are not letters still shift; a shift past U+10FFFF is dropped.
+        FlagCase { "1\xF4\x8F\xBF\xBF", "\xF0\x9F\x87\x96" },
+        // An accented letter written with a combining mark is one character.
+        FlagCase { "e\xCC\x81", "\xF0\x9F\x8F\xB3\xEF\xB8\x8F" }));
 
 TEST(PercentEncodedForURLQuery, KeepsExactlyTheQueryAllowedAsciiCharacters)
 {
@@ -160,8 +170,8 @@ TEST(PercentEncodedForURLQuery, KeepsExactlyTheQueryAllowedAsciiCharacters)
     for (char c = 0x20; c < 0x7F; ++c)
         ascii.append(QLatin1Char(c));
     EXPECT_EQ(percentEncodedForURLQuery(ascii),
-              QStringLiteral("%20!%22%23$%25&'()*+,-./0123456789:;%3C=%3E?@ABCDEFGHIJKLMNOPQRSTUVWXYZ%5B%5C%5D%5E_%"
-                             "60abcdefghijklmnopqrstuvwxyz%7B%7C%7D~"));
+        QStringLiteral("%20!%22%23$%25&'()*+,-./0123456789:;%3C=%3E?@ABCDEFGHIJKLMNOPQRSTUVWXYZ%5B%5C%5D%5E_%"
+                       "60abcdefghijklmnopqrstuvwxyz%7B%7C%7D~"));
 }
 
 TEST(PercentEncodedForURLQuery, EncodesControlsAndEmojiByteByByte)
@@ -169,7 +179,7 @@ TEST(PercentEncodedForURLQuery, EncodesControlsAndEmojiByteByByte)
     EXPECT_EQ(percentEncodedForURLQuery(QStringLiteral("a b\nc\t\x7F")), QStringLiteral("a%20b%0Ac%09%7F"));
     EXPECT_EQ(percentEncodedForURLQuery(QString(QChar(u'\0'))), QStringLiteral("%00"));
     EXPECT_EQ(percentEncodedForURLQuery(QString::fromUtf8("\xF0\x9F\x9A\x80\xC3\xA9")),
-              QStringLiteral("%F0%9F%9A%80%C3%A9"));
+        QStringLiteral("%F0%9F%9A%80%C3%A9"));
     EXPECT_EQ(percentEncodedForURLQuery(QStringLiteral("&=+/?#%")), QStringLiteral("&=+/?%23%25"));
 }
 

@@ -9,7 +9,6 @@
 #include "url_recorder.h"
 
 #include <QWindow>
-
 #include <gtest/gtest.h>
 
 namespace brivanta {
@@ -23,7 +22,8 @@ struct DesktopApplicationServicesTest : ::testing::Test
 {
     DesktopDevice device { QStringLiteral("PC"), QStringLiteral("Debian GNU/Linux"), QStringLiteral("12") };
     DesktopShareSheet shareSheet;
-    DesktopRatingPrompt ratingPrompt { QUrl(QStringLiteral("https://apps.apple.com/app/id6742517203?action=write-review")) };
+    DesktopRatingPrompt ratingPrompt { QUrl(
+        QStringLiteral("https://apps.apple.com/app/id6742517203?action=write-review")) };
     DesktopApplicationServices application { device, shareSheet, ratingPrompt };
     FakeBundleInfo bundle;
     FakePreferences preferences;

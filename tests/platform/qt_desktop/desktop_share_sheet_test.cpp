@@ -6,7 +6,6 @@
 #include <QGuiApplication>
 #include <QSignalSpy>
 #include <QUrlQuery>
-
 #include <gtest/gtest.h>
 
 namespace brivanta {
@@ -56,7 +55,7 @@ TEST(DesktopShareSheet, CopyPutsTextThenLinkOnTheClipboardAndCloses)
     sheet.copyToClipboard();
 
     EXPECT_EQ(QGuiApplication::clipboard()->text(),
-              QStringLiteral("Check out Brivanta 1.0!\n\nhttps://apps.apple.com/app/id6742517203"));
+        QStringLiteral("Check out Brivanta 1.0!\n\nhttps://apps.apple.com/app/id6742517203"));
     EXPECT_FALSE(sheet.isVisible());
 }
 
@@ -64,7 +63,8 @@ TEST(DesktopShareSheet, TheLinkGoesOnALineOfItsOwn)
 {
     DesktopShareSheet sheet;
     sheet.present(sheetWith(QStringLiteral("No trailing line feed")));
-    EXPECT_EQ(sheet.sharedText(), QStringLiteral("No trailing line feed\nhttps://apps.apple.com/app/id6742517203"));
+    EXPECT_EQ(
+        sheet.sharedText(), QStringLiteral("No trailing line feed\nhttps://apps.apple.com/app/id6742517203"));
 }
 
 TEST(DesktopShareSheet, SendByEmailOpensAMailWhoseBodyIsTextAndLink)
@@ -82,7 +82,7 @@ TEST(DesktopShareSheet, SendByEmailOpensAMailWhoseBodyIsTextAndLink)
     const QUrlQuery query(mail);
     ASSERT_EQ(query.queryItems().size(), 1);
     EXPECT_EQ(query.queryItemValue(QStringLiteral("body"), QUrl::FullyDecoded),
-              QStringLiteral("Ads & trackers? 🚀 Gone!\n\nhttps://apps.apple.com/app/id6742517203"));
+        QStringLiteral("Ads & trackers? 🚀 Gone!\n\nhttps://apps.apple.com/app/id6742517203"));
     EXPECT_FALSE(sheet.isVisible());
 }
 

@@ -8,7 +8,6 @@
 #include <QSignalSpy>
 #include <QSysInfo>
 #include <QTemporaryDir>
-
 #include <gtest/gtest.h>
 
 namespace brivanta {
@@ -26,16 +25,17 @@ class LanguageNames : public ::testing::TestWithParam<NameCase>
 
 TEST_P(LanguageNames, AreEnglishWithScriptAndRegionInParentheses)
 {
-    EXPECT_EQ(QtLocaleInfo().englishNameForLanguage(QString::fromUtf8(GetParam().code)), GetParam().englishName);
+    EXPECT_EQ(
+        QtLocaleInfo().englishNameForLanguage(QString::fromUtf8(GetParam().code)), GetParam().englishName);
 }
 
 INSTANTIATE_TEST_SUITE_P(, LanguageNames,
-                         ::testing::Values(NameCase { "de", QStringLiteral("German") },
-                                           NameCase { "de-DE", QStringLiteral("German (Germany)") },
-                                           NameCase { "pt_BR", QStringLiteral("Portuguese (Brazil)") },
-                                           NameCase { "es-419", QStringLiteral("Spanish (Latin America)") },
-                                           NameCase { "Unknown", std::nullopt }, NameCase { "", std::nullopt },
-                                           NameCase { "de-XX", std::nullopt }));
+    ::testing::Values(NameCase { "de", QStringLiteral("German") },
+        NameCase { "de-DE", QStringLiteral("German (Germany)") },
+        NameCase { "pt_BR", QStringLiteral("Portuguese (Brazil)") },
+        NameCase { "es-419", QStringLiteral("Spanish (Latin America)") },
+        NameCase { "Unknown", std::nullopt }, NameCase { "", std::nullopt },
+        NameCase { "de-XX", std::nullopt }));
 
 class RegionNames : public ::testing::TestWithParam<NameCase>
 {
@@ -43,14 +43,15 @@ class RegionNames : public ::testing::TestWithParam<NameCase>
 
 TEST_P(RegionNames, AreEnglish)
 {
-    EXPECT_EQ(QtLocaleInfo().englishNameForRegion(QString::fromUtf8(GetParam().code)), GetParam().englishName);
+    EXPECT_EQ(
+        QtLocaleInfo().englishNameForRegion(QString::fromUtf8(GetParam().code)), GetParam().englishName);
 }
 
 INSTANTIATE_TEST_SUITE_P(, RegionNames,
-                         ::testing::Values(NameCase { "DE", QStringLiteral("Germany") },
-                                           NameCase { "US", QStringLiteral("United States") },
-                                           NameCase { "419", QStringLiteral("Latin America") },
-                                           NameCase { "Unknown", std::nullopt }, NameCase { "", std::nullopt }));
+    ::testing::Values(NameCase { "DE", QStringLiteral("Germany") },
+        NameCase { "US", QStringLiteral("United States") },
+        NameCase { "419", QStringLiteral("Latin America") }, NameCase { "Unknown", std::nullopt },
+        NameCase { "", std::nullopt }));
 
 TEST(QtLocaleInfo, PreferredLanguagesNeverNameTheCLocale)
 {
@@ -94,16 +95,17 @@ struct MachineInfoTest : ::testing::Test
 TEST_F(MachineInfoTest, TheModelIsTheTrimmedProductNameOrLinuxPC)
 {
     EXPECT_EQ(linuxMachineModel(write("product_name", "  ThinkPad X1 Carbon Gen 11\n")),
-              QStringLiteral("ThinkPad X1 Carbon Gen 11"));
+        QStringLiteral("ThinkPad X1 Carbon Gen 11"));
     EXPECT_EQ(linuxMachineModel(write("blank", " \n")), QStringLiteral("Linux PC"));
     EXPECT_EQ(linuxMachineModel(directory.filePath(QStringLiteral("missing"))), QStringLiteral("Linux PC"));
 }
 
 TEST_F(MachineInfoTest, TheSystemIsTheDistributionsNameAndVersion)
 {
-    const OsRelease debian = linuxOsRelease(write("os-release", "PRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\n"
-                                                                "NAME=\"Debian GNU/Linux\"\nVERSION_ID=\"12\"\n"
-                                                                "# NAME=commented out\n"));
+    const OsRelease debian = linuxOsRelease(write("os-release",
+        "PRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\n"
+        "NAME=\"Debian GNU/Linux\"\nVERSION_ID=\"12\"\n"
+        "# NAME=commented out\n"));
     EXPECT_EQ(debian.name, QStringLiteral("Debian GNU/Linux"));
     EXPECT_EQ(debian.version, QStringLiteral("12"));
 
@@ -134,9 +136,10 @@ TEST(ApplicationBundleInfo, NameAndVersionComeFromTheApplication)
     QCoreApplication::setApplicationVersion(QStringLiteral("1.0.0"));
 
     const ApplicationBundleInfo bundle;
-    EXPECT_EQ(bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleName")), QVariant(QStringLiteral("Brivanta")));
+    EXPECT_EQ(bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleName")),
+        QVariant(QStringLiteral("Brivanta")));
     EXPECT_EQ(bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleShortVersionString")),
-              QVariant(QStringLiteral("1.0.0")));
+        QVariant(QStringLiteral("1.0.0")));
     EXPECT_FALSE(bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleVersion")).isValid());
     QCoreApplication::setApplicationVersion(QString());
     EXPECT_FALSE(bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleShortVersionString")).isValid());

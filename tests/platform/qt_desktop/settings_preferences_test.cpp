@@ -4,7 +4,6 @@
 
 #include <QSettings>
 #include <QTemporaryDir>
-
 #include <gtest/gtest.h>
 
 namespace brivanta {
@@ -54,7 +53,8 @@ TEST_F(SettingsPreferencesTest, KeepsTheWholeSigned64BitRange)
     EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), std::numeric_limits<std::int64_t>::max());
 }
 
-class SettingsPreferencesDamaged : public SettingsPreferencesTest, public ::testing::WithParamInterface<const char *>
+class SettingsPreferencesDamaged : public SettingsPreferencesTest,
+                                   public ::testing::WithParamInterface<const char *>
 {
 };
 
@@ -70,8 +70,8 @@ TEST_P(SettingsPreferencesDamaged, AValueThatIsNotAnIntegerReadsZeroAndIsOverwri
     EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(, SettingsPreferencesDamaged,
-                         ::testing::Values("five", "2.5", "", "99999999999999999999", "0x10"));
+INSTANTIATE_TEST_SUITE_P(
+    , SettingsPreferencesDamaged, ::testing::Values("five", "2.5", "", "99999999999999999999", "0x10"));
 
 } // namespace
 } // namespace brivanta

@@ -4,7 +4,6 @@
 #include <QObject>
 #include <QStringList>
 #include <QUrl>
-
 #include <vector>
 
 namespace brivanta::testing {

@@ -42,22 +42,6 @@ TEST_F(DesktopApplicationServicesTest, WithoutAWindowThereIsNoSceneAndNothingIsP
     EXPECT_EQ(preferences.integerForKey(QStringLiteral("launchCount")), 5);
 }
 
-TEST_F(DesktopApplicationServicesTest, TheWindowIsTheOneWindowSceneWithARootController)
-{
-    QWindow window;
-    window.resize(1024, 700);
-    application.setWindow(&window);
-
-    const auto scenes = application.connectedScenes();
-    ASSERT_EQ(scenes.size(), 1u);
-    WindowScene *scene = scenes.front()->asWindowScene();
-    ASSERT_NE(scene, nullptr);
-    ASSERT_EQ(scene->windows().size(), 1u);
-    ViewController *root = scene->windows().front()->rootViewController();
-    ASSERT_NE(root, nullptr);
-    EXPECT_EQ(root->viewBounds(), QRectF(0, 0, 1024, 700));
-}
-
 TEST_F(DesktopApplicationServicesTest, AWideWindowSharesInACentredArrowlessPopover)
 {
     QWindow window;

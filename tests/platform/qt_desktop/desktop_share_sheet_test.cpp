@@ -86,19 +86,6 @@ TEST(DesktopShareSheet, SendByEmailOpensAMailWhoseBodyIsTextAndLink)
     EXPECT_FALSE(sheet.isVisible());
 }
 
-TEST(DesktopShareSheet, DismissHidesOnce)
-{
-    DesktopShareSheet sheet;
-    sheet.present(sheetWith(QStringLiteral("x")));
-    QSignalSpy visibleChanged(&sheet, &DesktopShareSheet::visibleChanged);
-
-    sheet.dismiss();
-    sheet.dismiss();
-
-    EXPECT_FALSE(sheet.isVisible());
-    EXPECT_EQ(visibleChanged.count(), 1);
-}
-
 TEST(DesktopRatingPrompt, OpenReviewOpensTheReviewLinkAndCloses)
 {
     UrlRecorder recorder;
@@ -112,18 +99,6 @@ TEST(DesktopRatingPrompt, OpenReviewOpensTheReviewLinkAndCloses)
     ASSERT_EQ(recorder.opened.size(), 1u);
     EXPECT_EQ(recorder.opened.front(), review);
     EXPECT_FALSE(prompt.isVisible());
-}
-
-TEST(DesktopRatingPrompt, DismissOpensNothing)
-{
-    UrlRecorder recorder;
-    DesktopRatingPrompt prompt(QUrl(QStringLiteral("https://apps.apple.com/app/id1?action=write-review")));
-    prompt.show();
-
-    prompt.dismiss();
-
-    EXPECT_FALSE(prompt.isVisible());
-    EXPECT_TRUE(recorder.opened.empty());
 }
 
 } // namespace

@@ -4,8 +4,8 @@
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
-
 #include <map>
+#include <memory>
 
 namespace brivanta {
 
@@ -14,6 +14,10 @@ class MainQueue;
 
 // Probes a fixed list of advertising hosts and publishes, per entry, whether it was blocked, and the
 // blocking score of the last finished run. Lives on the main thread; every change is made there.
+//
+// The screen owns the tester, so in-flight requests cannot keep it alive: they hold a QPointer to it
+// and, once it is gone, still count into their run but store and publish nothing. The HTTP client and
+// the main queue must outlive every request the tester started.
 class AdBlockTester : public QObject
 {
     Q_OBJECT
@@ -23,11 +27,21 @@ class AdBlockTester : public QObject
 public:
     AdBlockTester(HttpClient &httpClient, MainQueue &mainQueue, QObject *parent = nullptr);
 
+    // Tests and benchmarks only: the same tester probing a list of their own.
+    static std::unique_ptr<AdBlockTester> withTestDomainsForTesting(
+        HttpClient &httpClient, MainQueue &mainQueue, QStringList testDomains, QObject *parent = nullptr);
+
+    // blocked / total * 100 in double precision, truncated toward zero. Fatal when the result is not
+    // finite or does not fit in 64 bits (0 of 0 among them).
+    static qint64 blockingScore(qint64 blocked, qint64 total);
+
     // Test entry text (scheme included) -> blocked.
     const std::map<QString, bool> &results() const { return m_results; }
     qint64 overallScore() const { return m_overallScore; }
     const QStringList &testDomains() const { return m_testDomains; }
 
+    // Starts one request per entry and returns at once. Runs may overlap: each counts its own outcomes
+    // and publishes its own score when its last outcome is in.
     Q_INVOKABLE void runTest();
 
 signals:
@@ -35,7 +49,11 @@ signals:
     void overallScoreChanged();
 
 private:
+    AdBlockTester(HttpClient &httpClient, MainQueue &mainQueue, QStringList testDomains, QObject *parent);
+
     QVariantMap resultsForQml() const;
+    void storeResult(const QString &entry, bool blocked);
+    void publishScore(qint64 score);
 
     HttpClient &m_httpClient;
     MainQueue &m_mainQueue;

@@ -1,0 +1,182 @@
+#include "platform/linux/linux_dns_settings_manager.h"
+
+#include <QCoreApplication>
+#include <QHostAddress>
+
+namespace brivanta {
+
+namespace {
+
+PlatformError invalid(const QString &why)
+{
+    return PlatformError { QString::fromLatin1(neConfigurationErrorDomain), neConfigurationError::invalid,
+        QCoreApplication::translate("LinuxDNSSettingsManager", "The DNS configuration is invalid: %1")
+            .arg(why) };
+}
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("LinuxDNSSettingsManager", text);
+}
+
+std::optional<PlatformError> judgeServers(const QStringList &servers)
+{
+    for (const QString &server : servers) {
+        if (QHostAddress(server).isNull())
+            return invalid(tr("“%1” is not an IP address.").arg(server));
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+LinuxDNSSettingsManager::LinuxDNSSettingsManager(QString storePath)
+    : m_store(std::move(storePath))
+{
+    m_worker.setMaxThreadCount(1);
+}
+
+LinuxDNSSettingsManager::~LinuxDNSSettingsManager()
+{
+    m_worker.waitForDone();
+}
+
+std::optional<PlatformError> LinuxDNSSettingsManager::judge(
+    const std::optional<NEDNSSettings> &settings, const std::vector<NEOnDemandRule> &rules)
+{
+    if (!settings)
+        return invalid(tr("it has no DNS settings."));
+    if (const auto *https = std::get_if<NEDNSOverHTTPSSettings>(&*settings)) {
+        const bool goodUrl = https->serverURL && https->serverURL->isValid()
+            && https->serverURL->scheme() == QLatin1String("https") && !https->serverURL->host().isEmpty();
+        if (!goodUrl)
+            return invalid(tr("DNS-over-HTTPS needs an https server URL with a host name."));
+        if (auto error = judgeServers(https->servers))
+            return error;
+    } else {
+        const auto &tls = std::get<NEDNSOverTLSSettings>(*settings);
+        if (tls.servers.isEmpty() && tls.serverName.value_or(QString()).isEmpty())
+            return invalid(tr("DNS-over-TLS needs a server name or at least one server address."));
+        if (auto error = judgeServers(tls.servers))
+            return error;
+    }
+    for (const NEOnDemandRule &rule : rules) {
+        if (rule.interfaceTypeMatch < 0 || rule.interfaceTypeMatch > 3)
+            return invalid(
+                tr("an on-demand rule has the unknown interface type %1.").arg(rule.interfaceTypeMatch));
+        if (rule.probeURL) {
+            const QString scheme = rule.probeURL->scheme();
+            if (!rule.probeURL->isValid()
+                || (scheme != QLatin1String("http") && scheme != QLatin1String("https")))
+                return invalid(tr("an on-demand rule's probe URL must be an http or https URL."));
+        }
+    }
+    return std::nullopt;
+}
+
+void LinuxDNSSettingsManager::run(
+    std::function<std::optional<PlatformError>()> operation, Completion completion)
+{
+    m_worker.start([operation = std::move(operation), completion = std::move(completion)] {
+        const std::optional<PlatformError> error = operation();
+        if (completion)
+            completion(error);
+    });
+}
+
+void LinuxDNSSettingsManager::loadFromPreferences(Completion completion)
+{
+    run([this] { return load(); }, std::move(completion));
+}
+
+void LinuxDNSSettingsManager::saveToPreferences(Completion completion)
+{
+    run([this] { return save(); }, std::move(completion));
+}
+
+void LinuxDNSSettingsManager::removeFromPreferences(Completion completion)
+{
+    run([this] { return remove(); }, std::move(completion));
+}
+
+std::optional<PlatformError> LinuxDNSSettingsManager::load()
+{
+    DnsSlot stored;
+    if (auto error = m_store.read(stored))
+        return error;
+    std::lock_guard lock(m_mutex);
+    m_slot = std::move(stored);
+    return std::nullopt;
+}
+
+std::optional<PlatformError> LinuxDNSSettingsManager::save()
+{
+    DnsSlot wanted;
+    {
+        std::lock_guard lock(m_mutex);
+        wanted = m_slot;
+    }
+    if (auto error = judge(wanted.dnsSettings, wanted.onDemandRules))
+        return error;
+
+    std::optional<PlatformError> answer;
+    bool enabled = false;
+    const QByteArray wantedJson = DnsSlotStore::configurationJson(wanted);
+    if (auto error = m_store.update([&](DnsSlot &slot) {
+            enabled = slot.enabled;
+            if (DnsSlotStore::configurationJson(slot) == wantedJson) {
+                answer = PlatformError { QString::fromLatin1(neConfigurationErrorDomain),
+                    neConfigurationError::unchanged, tr("configuration is unchanged") };
+                return DnsSlotStore::Change::Keep;
+            }
+            slot.dnsSettings = wanted.dnsSettings;
+            slot.onDemandRules = wanted.onDemandRules;
+            return DnsSlotStore::Change::Write;
+        })) {
+        return error;
+    }
+    std::lock_guard lock(m_mutex);
+    m_slot.enabled = enabled;
+    return answer;
+}
+
+std::optional<PlatformError> LinuxDNSSettingsManager::remove()
+{
+    if (auto error = m_store.update([](DnsSlot &) { return DnsSlotStore::Change::Delete; }))
+        return error;
+    std::lock_guard lock(m_mutex);
+    m_slot = DnsSlot {};
+    return std::nullopt;
+}
+
+bool LinuxDNSSettingsManager::isEnabled() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_slot.enabled;
+}
+
+std::optional<NEDNSSettings> LinuxDNSSettingsManager::dnsSettings() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_slot.dnsSettings;
+}
+
+void LinuxDNSSettingsManager::setDnsSettings(std::optional<NEDNSSettings> settings)
+{
+    std::lock_guard lock(m_mutex);
+    m_slot.dnsSettings = std::move(settings);
+}
+
+std::vector<NEOnDemandRule> LinuxDNSSettingsManager::onDemandRules() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_slot.onDemandRules;
+}
+
+void LinuxDNSSettingsManager::setOnDemandRules(std::vector<NEOnDemandRule> rules)
+{
+    std::lock_guard lock(m_mutex);
+    m_slot.onDemandRules = std::move(rules);
+}
+
+} // namespace brivanta

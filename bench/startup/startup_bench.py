@@ -1,0 +1,152 @@
+#!/usr/bin/env python3
+"""Start-up and memory of the application against a bare Qt Quick window.
+
+Launches the two programs alternately (the order flips every round), each with a fresh temporary HOME and
+the first-frame probe preloaded, and measures:
+  first frame: from just before the process is spawned to its first QQuickWindow::frameSwapped
+               (both on CLOCK_MONOTONIC: Python's time.monotonic_ns() and the probe's clock_gettime);
+  idle RSS:    VmRSS of /proc/<pid>/status, --settle seconds after the first frame.
+Prints `name: value` lines. Needs a display (run under xvfb-run -a).
+"""
+
+import argparse
+import os
+import selectors
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+PROBE_PREFIX = "brivanta-probe "
+
+
+def read_rss_kib(pid):
+    with open(f"/proc/{pid}/status") as status:
+        for line in status:
+            if line.startswith("VmRSS:"):
+                return int(line.split()[1])
+    raise RuntimeError(f"no VmRSS for {pid}")
+
+
+def run_once(executable, probe, settle, timeout):
+    home = tempfile.mkdtemp(prefix="brivanta-bench-home-")
+    runtime = os.path.join(home, "runtime")
+    os.mkdir(runtime, 0o700)
+    env = dict(os.environ)
+    env.update({
+        "HOME": home,
+        "XDG_CONFIG_HOME": os.path.join(home, ".config"),
+        "XDG_CACHE_HOME": os.path.join(home, ".cache"),
+        "XDG_DATA_HOME": os.path.join(home, ".local", "share"),
+        "XDG_RUNTIME_DIR": runtime,
+        # The status check then skips the DNS slot: no platform call differs between runs.
+        "SIMULATOR_DEVICE_NAME": "Brivanta start-up bench",
+        "LD_PRELOAD": probe,
+    })
+    start = time.monotonic_ns()
+    process = subprocess.Popen([executable], env=env, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    try:
+        marks = {}
+        selector = selectors.DefaultSelector()
+        selector.register(process.stderr, selectors.EVENT_READ)
+        buffer = b""
+        deadline = time.monotonic() + timeout
+        while "first-frame" not in marks:
+            remaining = deadline - time.monotonic()
+            if remaining <= 0:
+                raise RuntimeError(f"{executable}: no first frame within {timeout} s")
+            if not selector.select(remaining):
+                continue
+            chunk = os.read(process.stderr.fileno(), 65536)
+            if not chunk:
+                raise RuntimeError(f"{executable} exited ({process.wait()}) before its first frame")
+            buffer += chunk
+            *lines, buffer = buffer.split(b"\n")
+            for line in lines:
+                text = line.decode(errors="replace")
+                if text.startswith(PROBE_PREFIX):
+                    what, nanoseconds = text[len(PROBE_PREFIX):].split()
+                    marks[what] = int(nanoseconds)
+        rss_first_frame = read_rss_kib(process.pid)
+        time.sleep(settle)
+        if process.poll() is not None:
+            raise RuntimeError(f"{executable} exited ({process.returncode}) while idle")
+        rss_idle = read_rss_kib(process.pid)
+    finally:
+        process.terminate()
+        try:
+            process.wait(5)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            process.wait()
+        shutil.rmtree(home, ignore_errors=True)
+    return {
+        "first_frame_ms": (marks["first-frame"] - start) / 1e6,
+        "to_app_object_ms": (marks["app-constructed"] - start) / 1e6 if "app-constructed" in marks else float("nan"),
+        "rss_first_frame_kib": rss_first_frame,
+        "rss_idle_kib": rss_idle,
+    }
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--app", required=True)
+    parser.add_argument("--bare", required=True)
+    parser.add_argument("--probe", required=True, help="the first-frame probe library (LD_PRELOAD)")
+    parser.add_argument("--runs", type=int, default=7, help="measured runs of each program (>= 5)")
+    parser.add_argument("--settle", type=float, default=1.0, help="seconds after the first frame to read idle RSS")
+    parser.add_argument("--timeout", type=float, default=30.0)
+    args = parser.parse_args()
+    if args.runs < 5:
+        parser.error("--runs must be at least 5")
+    probe = os.path.abspath(args.probe)
+    programs = {"app": os.path.abspath(args.app), "bare": os.path.abspath(args.bare)}
+
+    # One discarded round warms the page cache and the shared font cache for both.
+    for name in ("app", "bare"):
+        run_once(programs[name], probe, args.settle, args.timeout)
+
+    samples = {"app": [], "bare": []}
+    for round_index in range(args.runs):
+        order = ("app", "bare") if round_index % 2 == 0 else ("bare", "app")
+        for name in order:
+            samples[name].append(run_once(programs[name], probe, args.settle, args.timeout))
+
+    def median(name, key):
+        return statistics.median(sample[key] for sample in samples[name])
+
+    def series(name, key, fmt):
+        return " ".join(fmt.format(sample[key]) for sample in samples[name])
+
+    app_ff, bare_ff = median("app", "first_frame_ms"), median("bare", "first_frame_ms")
+    app_rss, bare_rss = median("app", "rss_idle_kib"), median("bare", "rss_idle_kib")
+    first_frame_ratio = app_ff / bare_ff
+    rss_ratio = app_rss / bare_rss
+    lines = [
+        f"runs_each: {args.runs}",
+        f"idle_settle_s: {args.settle:g}",
+        f"app_first_frame_ms_median: {app_ff:.1f}",
+        f"bare_first_frame_ms_median: {bare_ff:.1f}",
+        f"first_frame_vs_bare_ratio: {first_frame_ratio:.2f}",
+        f"app_idle_rss_kib_median: {app_rss:.0f}",
+        f"bare_idle_rss_kib_median: {bare_rss:.0f}",
+        f"idle_rss_vs_bare_ratio: {rss_ratio:.2f}",
+        f"app_first_frame_rss_kib_median: {median('app', 'rss_first_frame_kib'):.0f}",
+        f"bare_first_frame_rss_kib_median: {median('bare', 'rss_first_frame_kib'):.0f}",
+        f"app_spawn_to_qapplication_ms_median: {median('app', 'to_app_object_ms'):.1f}",
+        f"bare_spawn_to_qapplication_ms_median: {median('bare', 'to_app_object_ms'):.1f}",
+        f"app_first_frame_ms_runs: {series('app', 'first_frame_ms', '{:.1f}')}",
+        f"bare_first_frame_ms_runs: {series('bare', 'first_frame_ms', '{:.1f}')}",
+        f"app_idle_rss_kib_runs: {series('app', 'rss_idle_kib', '{}')}",
+        f"bare_idle_rss_kib_runs: {series('bare', 'rss_idle_kib', '{}')}",
+        f"first_frame_target: <= 1.5 ({'met' if first_frame_ratio <= 1.5 else 'missed'})",
+        f"idle_rss_target: <= 1.3 ({'met' if rss_ratio <= 1.3 else 'missed'})",
+    ]
+    print("\n".join(lines))
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -17,6 +17,7 @@ packages=(
     fonts-noto-color-emoji fonts-dejavu-core
     # tests, benchmarks, screenshots, packaging checks
     xvfb xauth xdotool curl desktop-file-utils appstream
+    x11-apps python3
 )
 
 missing=()

@@ -1,0 +1,338 @@
+#include "fakes/manual_main_queue.h"
+#include "tester/ad_block_tester.h"
+#include "tester/fake_http_client.h"
+
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace brivanta {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::FakeHttpClient;
+using testing::httpStatus;
+using testing::ManualMainQueue;
+using testing::transportError;
+
+std::map<QString, bool> resultsOf(std::initializer_list<std::pair<const char *, bool>> entries)
+{
+    std::map<QString, bool> map;
+    for (const auto &[key, blocked] : entries)
+        map.emplace(QString::fromUtf8(key), blocked);
+    return map;
+}
+
+QStringList numberedDomains(int count)
+{
+    QStringList list;
+    for (int i = 0; i < count; ++i)
+        list << QStringLiteral("https://host%1.test").arg(i, 3, 10, QLatin1Char('0'));
+    return list;
+}
+
+class AdBlockTesterTest : public ::testing::Test
+{
+protected:
+    std::unique_ptr<AdBlockTester> makeTester(QStringList domains)
+    {
+        return AdBlockTester::withTestDomainsForTesting(http, mainQueue, std::move(domains));
+    }
+
+    FakeHttpClient http;
+    ManualMainQueue mainQueue;
+};
+
+TEST_F(AdBlockTesterTest, ProductListHoldsEightAdHostsAndTwoUnresolvableOnesInOrder)
+{
+    AdBlockTester tester(http, mainQueue);
+    const QStringList &domains = tester.testDomains();
+
+    ASSERT_EQ(domains.size(), 10);
+    QStringList sorted = domains;
+    sorted.sort(Qt::CaseSensitive);
+    EXPECT_EQ(domains, sorted);
+    EXPECT_EQ(QSet<QString>(domains.begin(), domains.end()).size(), 10);
+
+    const QRegularExpression shape(QStringLiteral("^https://[a-z0-9.-]+$"));
+    int subHosts = 0;
+    for (qsizetype i = 0; i < domains.size(); ++i) {
+        const QString &entry = domains[i];
+        EXPECT_TRUE(shape.match(entry).hasMatch()) << entry.toStdString();
+        EXPECT_GE(entry.size(), 17) << entry.toStdString();
+        EXPECT_LE(entry.size(), 29) << entry.toStdString();
+        if (i == 4 || i == 5)
+            continue;
+        const qsizetype labels = entry.mid(8).split(QLatin1Char('.')).size();
+        EXPECT_TRUE(labels == 2 || labels == 3) << entry.toStdString();
+        subHosts += labels == 3;
+    }
+    EXPECT_EQ(subHosts, 1);
+    EXPECT_TRUE(
+        QRegularExpression(QStringLiteral("^https://[a-z]{11}\\.[a-z]{3}$")).match(domains[4]).hasMatch());
+    EXPECT_TRUE(
+        QRegularExpression(QStringLiteral("^https://[a-z]{17}\\.[a-z]{3}$")).match(domains[5]).hasMatch());
+}
+
+TEST_F(AdBlockTesterTest, StartsOneRequestPerEntryInListOrderAndReturnsBeforeAnyAnswer)
+{
+    AdBlockTester tester(http, mainQueue);
+    tester.runTest();
+
+    const std::vector<HttpRequest> requests = http.requests();
+    ASSERT_EQ(requests.size(), 10u);
+    for (std::size_t i = 0; i < requests.size(); ++i) {
+        EXPECT_EQ(requests[i].url, QUrl(tester.testDomains()[qsizetype(i)]));
+        EXPECT_EQ(requests[i].timeoutInterval, 5s);
+        EXPECT_EQ(requests[i].cachePolicy, HttpRequest::CachePolicy::UseProtocolCachePolicy);
+    }
+    EXPECT_TRUE(tester.results().empty());
+    EXPECT_EQ(mainQueue.pending(), 0u);
+}
+
+TEST_F(AdBlockTesterTest, OutcomesReachResultsOnlyThroughTheMainQueueOneAtATime)
+{
+    auto tester = makeTester({ QStringLiteral("https://a.test"), QStringLiteral("https://b.test") });
+    QSignalSpy resultsChanged(tester.get(), &AdBlockTester::resultsChanged);
+    QSignalSpy scoreChanged(tester.get(), &AdBlockTester::overallScoreChanged);
+    tester->runTest();
+    EXPECT_EQ(resultsChanged.count(), 1);
+
+    http.completeOnOtherThread(QUrl(QStringLiteral("https://b.test")), httpStatus(200));
+    EXPECT_TRUE(tester->results().empty());
+    ASSERT_TRUE(mainQueue.runOne());
+    EXPECT_EQ(tester->results(), resultsOf({ { "https://b.test", false } }));
+    EXPECT_EQ(resultsChanged.count(), 2);
+
+    http.completeOnOtherThread(
+        QUrl(QStringLiteral("https://a.test")), transportError(NSURLErrorCannotFindHost));
+    ASSERT_TRUE(mainQueue.runOne());
+    EXPECT_EQ(tester->results(), resultsOf({ { "https://a.test", true }, { "https://b.test", false } }));
+    EXPECT_EQ(resultsChanged.count(), 3);
+
+    // The score comes as a task of its own, after the last outcome.
+    EXPECT_EQ(scoreChanged.count(), 0);
+    EXPECT_EQ(mainQueue.runAll(), 1);
+    EXPECT_EQ(scoreChanged.count(), 1);
+    EXPECT_EQ(tester->overallScore(), 50);
+}
+
+struct Classification
+{
+    const char *name;
+    HttpOutcome outcome;
+    bool blocked;
+};
+
+class OutcomeClassification : public AdBlockTesterTest, public ::testing::WithParamInterface<Classification>
+{
+};
+
+TEST_P(OutcomeClassification, OnlyAnErrorFree200GetsThrough)
+{
+    auto tester = makeTester({ QStringLiteral("https://a.test") });
+    tester->runTest();
+    http.completeOnOtherThread(QUrl(QStringLiteral("https://a.test")), GetParam().outcome);
+    mainQueue.runAll();
+
+    EXPECT_EQ(tester->results(), resultsOf({ { "https://a.test", GetParam().blocked } }));
+    EXPECT_EQ(tester->overallScore(), GetParam().blocked ? 100 : 0);
+}
+
+const PlatformError timedOut { QStringLiteral("NSURLErrorDomain"), NSURLErrorTimedOut,
+    QStringLiteral("timed out") };
+
+INSTANTIATE_TEST_SUITE_P(AdBlockTester, OutcomeClassification,
+    ::testing::Values(Classification { "Status200", { std::nullopt, 200 }, false },
+        Classification { "Status204", { std::nullopt, 204 }, true },
+        Classification { "Status301NotFollowed", { std::nullopt, 301 }, true },
+        Classification { "Status403", { std::nullopt, 403 }, true },
+        Classification { "Status404", { std::nullopt, 404 }, true },
+        Classification { "Status500", { std::nullopt, 500 }, true },
+        Classification { "NoResponse", { std::nullopt, std::nullopt }, true },
+        Classification { "ErrorWithoutResponse", { timedOut, std::nullopt }, true },
+        Classification { "ErrorDespite200", { timedOut, 200 }, true }),
+    [](const auto &info) { return std::string(info.param.name); });
+
+TEST_F(AdBlockTesterTest, StartingARunClearsResultsAtOnceButKeepsTheOldScoreUntilItFinishes)
+{
+    auto tester = makeTester({ QStringLiteral("https://a.test"), QStringLiteral("https://b.test") });
+    tester->runTest();
+    http.completeAll([](const QUrl &) { return httpStatus(404); });
+    mainQueue.runAll();
+    ASSERT_EQ(tester->overallScore(), 100);
+
+    QSignalSpy resultsChanged(tester.get(), &AdBlockTester::resultsChanged);
+    QSignalSpy scoreChanged(tester.get(), &AdBlockTester::overallScoreChanged);
+    tester->runTest();
+    EXPECT_TRUE(tester->results().empty());
+    EXPECT_EQ(resultsChanged.count(), 1);
+    EXPECT_EQ(tester->overallScore(), 100);
+
+    http.completeOnOtherThread(QUrl(QStringLiteral("https://a.test")), httpStatus(200));
+    mainQueue.runAll();
+    EXPECT_EQ(tester->overallScore(), 100);
+    EXPECT_EQ(scoreChanged.count(), 0);
+
+    http.completeOnOtherThread(QUrl(QStringLiteral("https://b.test")), httpStatus(200));
+    mainQueue.runAll();
+    EXPECT_EQ(tester->overallScore(), 0);
+    EXPECT_EQ(scoreChanged.count(), 1);
+}
+
+TEST_F(AdBlockTesterTest, EntriesThatDoNotParseAreSkippedButStayInTheTotal)
+{
+    auto tester = makeTester({
+        QStringLiteral(""),
+        QStringLiteral("https://a.test"),
+        QStringLiteral("https://exa mple.com"),
+        QStringLiteral("example.com"),
+        QStringLiteral("https://"),
+    });
+    tester->runTest();
+
+    ASSERT_EQ(http.requests().size(), 1u);
+    EXPECT_EQ(http.requests()[0].url, QUrl(QStringLiteral("https://a.test")));
+    http.completeAll([](const QUrl &) { return transportError(NSURLErrorCannotFindHost); });
+    mainQueue.runAll();
+
+    EXPECT_EQ(tester->results(), resultsOf({ { "https://a.test", true } }));
+    EXPECT_EQ(tester->overallScore(), 20);
+}
+
+TEST_F(AdBlockTesterTest, ARunWhoseEntriesAllFailToParsePublishesZero)
+{
+    auto tester = makeTester({ QStringLiteral("not a url"), QStringLiteral("") });
+    QSignalSpy scoreChanged(tester.get(), &AdBlockTester::overallScoreChanged);
+    tester->runTest();
+    EXPECT_TRUE(http.requests().empty());
+    mainQueue.runAll();
+    EXPECT_EQ(scoreChanged.count(), 1);
+    EXPECT_EQ(tester->overallScore(), 0);
+}
+
+TEST_F(AdBlockTesterTest, ResultsAreKeyedByTheEntryTextAsWritten)
+{
+    auto tester = makeTester({ QStringLiteral("https://AD.Example.TEST") });
+    tester->runTest();
+    http.completeAll([](const QUrl &) { return httpStatus(200); });
+    mainQueue.runAll();
+    EXPECT_EQ(tester->results(), resultsOf({ { "https://AD.Example.TEST", false } }));
+}
+
+TEST_F(AdBlockTesterTest, OverlappingRunsEachCountTheirOwnOutcomesAndPublishTheirOwnScore)
+{
+    const QStringList domains = numberedDomains(10);
+    auto tester = makeTester(domains);
+    std::vector<qint64> published;
+    QObject::connect(tester.get(), &AdBlockTester::overallScoreChanged,
+        [&] { published.push_back(tester->overallScore()); });
+
+    tester->runTest();
+    // The first run's first three answers arrive before the second run starts.
+    for (int i = 0; i < 3; ++i)
+        http.completeOnOtherThread(QUrl(domains[i]), transportError(NSURLErrorTimedOut));
+    mainQueue.runAll();
+    tester->runTest();
+    EXPECT_TRUE(tester->results().empty());
+
+    // The rest of the first run: all blocked. Its late outcomes land in the shared results.
+    for (int i = 3; i < 10; ++i)
+        http.completeOnOtherThread(QUrl(domains[i]), transportError(NSURLErrorTimedOut));
+    mainQueue.runAll();
+    EXPECT_EQ(published, std::vector<qint64> { 100 });
+    EXPECT_EQ(tester->results().size(), 7u);
+
+    // The second run: two blocked.
+    http.completeAll([&](const QUrl &url) {
+        return url.host().endsWith(QLatin1String("1.test")) || url.host().endsWith(QLatin1String("2.test"))
+            ? httpStatus(500)
+            : httpStatus(200);
+    });
+    mainQueue.runAll();
+    EXPECT_EQ(published, (std::vector<qint64> { 100, 20 }));
+    EXPECT_EQ(tester->overallScore(), 20);
+    EXPECT_EQ(tester->results().size(), 10u);
+}
+
+TEST_F(AdBlockTesterTest, TheRunThatDrainsLastLeavesItsScoreBehind)
+{
+    const QUrl url(QStringLiteral("https://a.test"));
+    auto tester = makeTester({ url.toString() });
+    std::vector<qint64> published;
+    QObject::connect(tester.get(), &AdBlockTester::overallScoreChanged,
+        [&] { published.push_back(tester->overallScore()); });
+    tester->runTest();
+    tester->runTest();
+
+    // The second run is answered first and gets through; the first run times out later.
+    http.completeNewestOnOtherThread(url, httpStatus(200));
+    mainQueue.runAll();
+    http.completeOnOtherThread(url, transportError(NSURLErrorTimedOut));
+    mainQueue.runAll();
+
+    EXPECT_EQ(published, (std::vector<qint64> { 0, 100 }));
+    EXPECT_EQ(tester->overallScore(), 100);
+    EXPECT_EQ(tester->results(), resultsOf({ { "https://a.test", true } }));
+}
+
+struct ScoreCase
+{
+    int blocked;
+    int total;
+    qint64 score;
+};
+
+class ScoreArithmetic : public AdBlockTesterTest, public ::testing::WithParamInterface<ScoreCase>
+{
+};
+
+TEST_P(ScoreArithmetic, DividesMultipliesAndTruncatesInThatOrder)
+{
+    const QStringList domains = numberedDomains(GetParam().total);
+    auto tester = makeTester(domains);
+    tester->runTest();
+    http.completeAll([&](const QUrl &url) {
+        return domains.indexOf(url.toString()) < GetParam().blocked ? httpStatus(403) : httpStatus(200);
+    });
+    mainQueue.runAll();
+    EXPECT_EQ(tester->overallScore(), GetParam().score);
+    EXPECT_EQ(AdBlockTester::blockingScore(GetParam().blocked, GetParam().total), GetParam().score);
+}
+
+INSTANTIATE_TEST_SUITE_P(AdBlockTester, ScoreArithmetic,
+    ::testing::Values(ScoreCase { 2, 3, 66 }, ScoreCase { 29, 100, 28 }, ScoreCase { 0, 10, 0 },
+        ScoreCase { 10, 10, 100 }, ScoreCase { 3, 10, 30 }, ScoreCase { 1, 7, 14 }));
+
+TEST_F(AdBlockTesterTest, AnEmptyListDividesZeroByZeroAndStops)
+{
+    EXPECT_DEATH(
+        {
+            auto tester = makeTester({});
+            tester->runTest();
+            mainQueue.runAll();
+        },
+        "");
+}
+
+TEST(AdBlockTesterScore, AScoreOutside64BitsStops)
+{
+    EXPECT_DEATH(AdBlockTester::blockingScore(std::numeric_limits<qint64>::max(), 1), "");
+    EXPECT_EQ(AdBlockTester::blockingScore(
+                  std::numeric_limits<qint64>::max() / 1000, std::numeric_limits<qint64>::max() / 10),
+        1);
+}
+
+TEST_F(AdBlockTesterTest, OutcomesAfterTheTesterIsGoneTouchNothing)
+{
+    auto tester = makeTester({ QStringLiteral("https://a.test"), QStringLiteral("https://b.test") });
+    tester->runTest();
+    http.completeOnOtherThread(QUrl(QStringLiteral("https://a.test")), httpStatus(200));
+    tester.reset();
+    http.completeOnOtherThread(QUrl(QStringLiteral("https://b.test")), httpStatus(200));
+    EXPECT_EQ(mainQueue.runAll(), 3);
+}
+
+} // namespace
+} // namespace brivanta

@@ -5,6 +5,7 @@
 //
 // Lines, on standard error:
 //   brivanta-probe app-constructed <ns>   the QCoreApplication exists (pre-routines run)
+//   brivanta-probe window-seen <ns>       first event to a QQuickWindow: the QML scene has been created
 //   brivanta-probe first-frame <ns>       first QQuickWindow::frameSwapped
 
 #include <QCoreApplication>
@@ -38,6 +39,7 @@ public:
     {
         if (auto *window = qobject_cast<QQuickWindow *>(receiver)) {
             QCoreApplication::instance()->removeEventFilter(this);
+            report("window-seen");
             // frameSwapped comes from the render thread under the threaded render loop.
             QObject::connect(window, &QQuickWindow::frameSwapped, window, [] {
                 static std::atomic_bool reported { false };

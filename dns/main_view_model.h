@@ -1,20 +1,23 @@
 #pragma once
 
+#include "tester/ad_block_tester.h"
+
 #include <QObject>
 #include <QString>
 #include <QVariantList>
-
 #include <atomic>
 #include <functional>
+#include <map>
 #include <memory>
+#include <vector>
 
 namespace brivanta {
 
-class AdBlockTester;
 class Console;
 class DNSSettingsManager;
 class Environment;
 class MainQueue;
+struct Resolver;
 
 // The main screen's state and actions. QML binds to it; every rule (which title, which colour, which
 // order) is decided here. Lives on the main thread.
@@ -73,6 +76,13 @@ public:
     Q_INVOKABLE void onAppear();
     Q_INVOKABLE void runTest();
 
+    // The rules behind the score line and the rows, on their own.
+    static QString scoreTextFor(qint64 overallScore);
+    static bool isScoreGoodFor(qint64 overallScore);
+    static QVariantList resultRowsFor(const std::map<QString, bool> &results);
+    // The profile that gets installed: the first of the list. An empty list is fatal.
+    static const Resolver &firstResolver(const std::vector<Resolver> &resolvers);
+
 signals:
     void isBlockingEnabledChanged();
     void isSettingsAddedChanged();
@@ -82,8 +92,16 @@ signals:
 
 private:
     struct State;
+    // The operations proper, reachable from completions that outlive the model.
+    static void refresh(const std::shared_ptr<State> &state);
+    static void removeSettings(const std::shared_ptr<State> &state);
+    static void setFlag(const std::shared_ptr<State> &state, std::atomic<bool> State::*flag, bool value,
+        void (MainViewModel::*changed)());
+
     // Shared with in-flight completions so that they outlive the model that started them.
     std::shared_ptr<State> m_state;
+    std::function<void()> m_incrementLaunchCount;
+    std::function<std::unique_ptr<AdBlockTester>()> m_makeTester;
     ScenePhase m_scenePhase = ScenePhase::Active;
     std::unique_ptr<AdBlockTester> m_tester;
 };

@@ -1,0 +1,256 @@
+#include "dns/main_view_model.h"
+
+#include "model/built_in_resolvers.h"
+#include "platform/console.h"
+#include "platform/dns_settings_manager.h"
+#include "platform/environment.h"
+#include "platform/main_queue.h"
+#include "platform/platform_mapping.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+#include <QVariantMap>
+#include <cstdlib>
+#include <thread>
+
+namespace brivanta {
+
+// What the platform's completions may touch. They hold it by shared_ptr, never the model itself, so a
+// model destroyed while a call is under way is never reached. The flags are atomic because the removal
+// completion refreshes the status on its own thread; their change notifications still reach the model
+// on the main thread only.
+struct MainViewModel::State
+{
+    State(const Dependencies &dependencies, MainViewModel *owner)
+        : manager(dependencies.manager)
+        , mainQueue(dependencies.mainQueue)
+        , environment(dependencies.environment)
+        , console(dependencies.console)
+        , mainThread(std::this_thread::get_id())
+        , model(owner)
+    { }
+
+    DNSSettingsManager &manager;
+    MainQueue &mainQueue;
+    const Environment &environment;
+    Console &console;
+    std::atomic<bool> isBlockingEnabled = false;
+    std::atomic<bool> isSettingsAdded = false;
+    const std::thread::id mainThread;
+    // Read on the main thread only.
+    const QPointer<MainViewModel> model;
+};
+
+MainViewModel::MainViewModel(Dependencies dependencies, QObject *parent)
+    : QObject(parent)
+    , m_state(std::make_shared<State>(dependencies, this))
+    , m_incrementLaunchCount(std::move(dependencies.incrementLaunchCount))
+    , m_makeTester(std::move(dependencies.makeTester))
+{ }
+
+MainViewModel::~MainViewModel() = default;
+
+bool MainViewModel::isBlockingEnabled() const
+{
+    return m_state->isBlockingEnabled.load();
+}
+
+bool MainViewModel::isSettingsAdded() const
+{
+    return m_state->isSettingsAdded.load();
+}
+
+void MainViewModel::setFlag(const std::shared_ptr<State> &state, std::atomic<bool> State::*flag, bool value,
+    void (MainViewModel::*changed)())
+{
+    if ((*state.*flag).exchange(value) == value)
+        return;
+    auto notify = [state, changed] {
+        if (MainViewModel *model = state->model.data())
+            emit(model->*changed)();
+    };
+    if (std::this_thread::get_id() == state->mainThread)
+        notify();
+    else
+        state->mainQueue.async(std::move(notify));
+}
+
+const Resolver &MainViewModel::firstResolver(const std::vector<Resolver> &resolvers)
+{
+    if (resolvers.empty())
+        std::abort();
+    return resolvers.front();
+}
+
+void MainViewModel::refreshStatus()
+{
+    refresh(m_state);
+}
+
+void MainViewModel::refresh(const std::shared_ptr<State> &state)
+{
+    // A preview renderer or a simulator has no DNS slot to ask; the screen shows protection as on.
+    const std::optional<std::string> preview = state->environment.value("XCODE_RUNNING_FOR_PREVIEWS");
+    if (preview && *preview == "1") {
+        setFlag(state, &State::isBlockingEnabled, true, &MainViewModel::isBlockingEnabledChanged);
+        return;
+    }
+    if (state->environment.value("SIMULATOR_DEVICE_NAME")) {
+        setFlag(state, &State::isBlockingEnabled, true, &MainViewModel::isBlockingEnabledChanged);
+        return;
+    }
+
+    state->manager.loadFromPreferences([state](std::optional<PlatformError> error) {
+        if (error) {
+            state->console.printLine(error->localizedDescription.toStdString());
+            return;
+        }
+        state->mainQueue.async([state] {
+            setFlag(state, &State::isBlockingEnabled, state->manager.isEnabled(),
+                &MainViewModel::isBlockingEnabledChanged);
+        });
+    });
+}
+
+void MainViewModel::addNetworkSettings()
+{
+    DNSSettingsManager &manager = m_state->manager;
+    const Resolver &resolver = firstResolver(builtInResolvers());
+    manager.setDnsSettings(makeDNSSettings(resolver.configuration));
+    manager.setOnDemandRules(makeOnDemandRules(resolver.onDemandRules));
+
+    manager.saveToPreferences([state = m_state](std::optional<PlatformError> error) {
+        if (error) {
+            // The platform answers a save of what it already holds with code 9; that is no failure.
+            if (error->domain == QLatin1String(neConfigurationErrorDomain) && error->code == 9)
+                return;
+            state->console.printLine(error->localizedDescription.toStdString());
+            removeSettings(state);
+            return;
+        }
+        state->console.printLine("DNS settings was saved");
+        state->mainQueue.async([state] {
+            setFlag(state, &State::isSettingsAdded, true, &MainViewModel::isSettingsAddedChanged);
+            refresh(state);
+        });
+    });
+}
+
+void MainViewModel::removeDNSSettings()
+{
+    removeSettings(m_state);
+}
+
+void MainViewModel::removeSettings(const std::shared_ptr<State> &state)
+{
+    if (!state->manager.dnsSettings())
+        return;
+    state->manager.removeFromPreferences([state](std::optional<PlatformError> error) {
+        // Deliberately no hop: the refresh only starts a load, whose completion hops by itself.
+        refresh(state);
+        state->console.printLine(
+            error ? error->localizedDescription.toStdString() : "DNS settings was removed");
+    });
+}
+
+AdBlockTester *MainViewModel::tester()
+{
+    if (!m_tester) {
+        m_tester = m_makeTester();
+        connect(m_tester.get(), &AdBlockTester::resultsChanged, this, &MainViewModel::resultsChanged);
+        connect(m_tester.get(), &AdBlockTester::overallScoreChanged, this, &MainViewModel::scoreChanged);
+    }
+    return m_tester.get();
+}
+
+void MainViewModel::setScenePhase(ScenePhase phase)
+{
+    if (phase == m_scenePhase)
+        return;
+    m_scenePhase = phase;
+    emit scenePhaseChanged();
+    // Back in the foreground: the user may have switched the configuration in the system settings.
+    if (phase == ScenePhase::Active)
+        refreshStatus();
+}
+
+void MainViewModel::onAppear()
+{
+    refreshStatus();
+    m_incrementLaunchCount();
+}
+
+void MainViewModel::runTest()
+{
+    tester()->runTest();
+}
+
+// The button's title and the row labels are localisation keys: the English text is the key, and the
+// view looks it up (qsTr) when it draws.
+QString MainViewModel::addButtonTitle() const
+{
+    return isSettingsAdded() ? QStringLiteral("Settings Added") : QStringLiteral("Add Network Settings");
+}
+
+QString MainViewModel::addButtonSymbol() const
+{
+    return isSettingsAdded() ? QStringLiteral("checkmark.circle.fill") : QStringLiteral("network");
+}
+
+bool MainViewModel::addButtonEnabled() const
+{
+    // Stays off for the rest of the run once a save has succeeded.
+    return !isSettingsAdded();
+}
+
+bool MainViewModel::hasResults()
+{
+    return !tester()->results().empty();
+}
+
+QString MainViewModel::scoreText()
+{
+    return scoreTextFor(tester()->overallScore());
+}
+
+bool MainViewModel::isScoreGood()
+{
+    return isScoreGoodFor(tester()->overallScore());
+}
+
+QVariantList MainViewModel::resultRows()
+{
+    return resultRowsFor(tester()->results());
+}
+
+QString MainViewModel::scoreTextFor(qint64 overallScore)
+{
+    // The whole line is one localisation key with the number in it, so it is looked up here, not by the
+    // view; without a translation it is the English text.
+    return QCoreApplication::translate("MainView", "Blocking Score: %1%")
+        .arg(QString::asprintf("%lld", static_cast<long long>(overallScore)));
+}
+
+bool MainViewModel::isScoreGoodFor(qint64 overallScore)
+{
+    return overallScore >= 80;
+}
+
+QVariantList MainViewModel::resultRowsFor(const std::map<QString, bool> &results)
+{
+    // The map already holds its keys in ascending order, which is the display order.
+    QVariantList rows;
+    for (const auto &[entry, blocked] : results) {
+        QString host = entry;
+        host.remove(QStringLiteral("https://"));
+        rows.append(QVariantMap {
+            { QStringLiteral("host"), host },
+            { QStringLiteral("blocked"), blocked },
+            { QStringLiteral("label"),
+                blocked ? QStringLiteral("✅ Blocked") : QStringLiteral("❌ Not Blocked") },
+        });
+    }
+    return rows;
+}
+
+} // namespace brivanta

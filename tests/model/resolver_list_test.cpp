@@ -1,0 +1,79 @@
+#include "model/resolver_list.h"
+
+#include <gtest/gtest.h>
+
+namespace brivanta {
+namespace {
+
+const QString goodElement = QStringLiteral(
+    R"({"id":"0F2B6A1E-3C4D-4E5F-8A9B-0C1D2E3F4A5B","name":"a","configuration":{"base":"dnsOverHTTPS",)"
+    R"("dohConfiguration":{"servers":[]}}})");
+const QString badElement = QStringLiteral(
+    R"({"id":"0F2B6A1E-3C4D-4E5F-8A9B-0C1D2E3F4A5B","name":"b","configuration":{"base":"doh",)"
+    R"("dohConfiguration":{"servers":[]}}})");
+
+TEST(ResolverListText, EmptyListIsTheEmptyArrayBothWays)
+{
+    EXPECT_EQ(rawValue({}), QStringLiteral("[]"));
+    const auto decoded = resolversFromRawValue(QStringLiteral("[]"));
+    ASSERT_TRUE(decoded);
+    EXPECT_TRUE(decoded->empty());
+    EXPECT_TRUE(resolversFromRawValue(QStringLiteral(" \n[ ]\t")));
+}
+
+TEST(ResolverListText, TextsThatAreNotAnArrayOfProfilesGiveNoList)
+{
+    for (const QString &text : { QString(), QStringLiteral("{}"), goodElement, QStringLiteral("null"),
+             QStringLiteral("[1]"), QStringLiteral("[null]"), QStringLiteral("[[]]"), QStringLiteral("[] []"),
+             QStringLiteral("[,]") })
+        EXPECT_FALSE(resolversFromRawValue(text)) << text.toStdString();
+}
+
+TEST(ResolverListText, OneBadElementAnywhereGivesNoListAtAll)
+{
+    const QString good = goodElement;
+    const QString bad = badElement;
+    ASSERT_EQ(resolversFromRawValue("[" + good + "," + good + "]")->size(), 2u);
+    for (const QString &text : { "[" + bad + "," + good + "," + good + "]",
+             "[" + good + "," + bad + "," + good + "]", "[" + good + "," + good + "," + bad + "]" })
+        EXPECT_FALSE(resolversFromRawValue(text));
+}
+
+TEST(ResolverListText, ListSurvivesARoundTripAndKeepsUnicodeAsUTF8)
+{
+    const std::vector<Resolver> list {
+        Resolver(QUuid(QStringLiteral("0f2b6a1e-3c4d-4e5f-8a9b-0c1d2e3f4a5b")),
+            QString::fromUtf8("\u2693 Caf\u00e9"),
+            Configuration::dnsOverHTTPS(
+                DoHConfiguration({}, QUrl(QStringLiteral("https://dns.example/abc"))))),
+        Resolver(QUuid(QStringLiteral("a0000000-0000-4000-8000-000000000001")), QStringLiteral("b"),
+            Configuration::dnsOverTLS(DoTConfiguration({ QStringLiteral("1.1.1.1") })),
+            { OnDemandRule(QUuid(QStringLiteral("a0000000-0000-4000-8000-000000000002")), QStringLiteral("r"),
+                NEOnDemandRuleAction(0), NEOnDemandRuleInterfaceType(-4)) }),
+    };
+    const QString text = rawValue(list);
+    EXPECT_EQ(text,
+        QString::fromUtf8(
+            R"([{"id":"0F2B6A1E-3C4D-4E5F-8A9B-0C1D2E3F4A5B",)"
+            "\"name\":\"\u2693 Caf\u00e9\","
+            R"("configuration":)"
+            R"({"base":"dnsOverHTTPS","dohConfiguration":{"servers":[],"serverURL":"https://dns.example/abc"}},)"
+            R"("onDemandRules":[]},{"id":"A0000000-0000-4000-8000-000000000001","name":"b","configuration":)"
+            R"({"base":"dnsOverTLS","dotConfiguration":{"servers":["1.1.1.1"]}},"onDemandRules":[{"id":)"
+            R"("A0000000-0000-4000-8000-000000000002","name":"r","action":0,"interfaceType":-4,"ssidMatch":[],)"
+            R"("dnsSearchDomainMatch":[],"dnsServerAddressMatch":[]}]}])"));
+    EXPECT_EQ(resolversFromRawValue(text), list);
+}
+
+TEST(ResolverListText, UnencodableListGivesTheEmptyArrayText)
+{
+    const std::vector<Resolver> list { Resolver(
+        QString(QChar(0xdc00)), Configuration::dnsOverHTTPS(DoHConfiguration())) };
+    EXPECT_EQ(rawValue(list), QStringLiteral("[]"));
+    QString loneSurrogate = goodElement;
+    loneSurrogate.replace(QStringLiteral("\"a\""), "\"" + QString(QChar(0xd800)) + "\"");
+    EXPECT_FALSE(resolversFromRawValue("[" + loneSurrogate + "]"));
+}
+
+} // namespace
+} // namespace brivanta

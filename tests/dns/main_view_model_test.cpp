@@ -96,6 +96,7 @@ struct EnvironmentCase
     const char *name;
     std::map<std::string, std::string> variables;
     bool asksPlatform;
+    friend void PrintTo(const EnvironmentCase &c, std::ostream *os) { *os << c.name; }
 };
 
 class RefreshEnvironmentTest : public MainViewModelTest, public ::testing::WithParamInterface<EnvironmentCase>
@@ -169,6 +170,7 @@ struct SaveErrorCase
     const char *domain;
     qint64 code;
     bool ignored;
+    friend void PrintTo(const SaveErrorCase &c, std::ostream *os) { *os << c.name; }
 };
 
 class SaveErrorTest : public MainViewModelTest, public ::testing::WithParamInterface<SaveErrorCase>
@@ -352,6 +354,7 @@ struct ScoreCase
     qint64 score;
     const char *text;
     bool good;
+    friend void PrintTo(const ScoreCase &c, std::ostream *os) { *os << c.score; }
 };
 
 class ScoreLineTest : public ::testing::TestWithParam<ScoreCase>
@@ -368,7 +371,8 @@ INSTANTIATE_TEST_SUITE_P(Scores, ScoreLineTest,
     ::testing::Values(ScoreCase { 0, "Blocking Score: 0%", false },
         ScoreCase { 79, "Blocking Score: 79%", false }, ScoreCase { 80, "Blocking Score: 80%", true },
         ScoreCase { 85, "Blocking Score: 85%", true }, ScoreCase { 100, "Blocking Score: 100%", true },
-        ScoreCase { 9223372036854775807, "Blocking Score: 9223372036854775807%", true }));
+        ScoreCase { 9223372036854775807, "Blocking Score: 9223372036854775807%", true }),
+    [](const auto &info) { return "Score" + std::to_string(info.param.score); });
 
 TEST(ResultRowsTest, SortedByKeyWithEverySchemeTextRemovedAndLabelled)
 {

@@ -113,8 +113,10 @@ TEST_F(BrivantaDnsCommandTest, DamagedStoreIsOneSentenceOnStandardErrorAndStaysA
 
 struct UsageCase
 {
+    const char *name;
     QStringList arguments;
     const char *message;
+    friend void PrintTo(const UsageCase &c, std::ostream *os) { *os << c.name; }
 };
 
 class BrivantaDnsUsageTest : public BrivantaDnsCommandTest, public ::testing::WithParamInterface<UsageCase>
@@ -130,11 +132,13 @@ TEST_P(BrivantaDnsUsageTest, ExitsWith2AndOneSentence)
 }
 
 INSTANTIATE_TEST_SUITE_P(Command, BrivantaDnsUsageTest,
-    ::testing::Values(UsageCase { {}, "Expected one command: status, enable or disable (see --help).\n" },
-        UsageCase { { QStringLiteral("status"), QStringLiteral("now") },
+    ::testing::Values(
+        UsageCase { "NoCommand", {}, "Expected one command: status, enable or disable (see --help).\n" },
+        UsageCase { "TwoCommands", { QStringLiteral("status"), QStringLiteral("now") },
             "Expected one command: status, enable or disable (see --help).\n" },
-        UsageCase { { QStringLiteral("frobnicate") },
-            "Unknown command “frobnicate”: use status, enable or disable (see --help).\n" }));
+        UsageCase { "UnknownCommand", { QStringLiteral("frobnicate") },
+            "Unknown command “frobnicate”: use status, enable or disable (see --help).\n" }),
+    [](const auto &info) { return std::string(info.param.name); });
 
 TEST_F(BrivantaDnsCommandTest, HelpSaysWhereTheSlotIsAndWhatEnableDoesNotDo)
 {

@@ -145,6 +145,7 @@ struct InvalidCase
     std::optional<NEDNSSettings> settings;
     std::vector<NEOnDemandRule> rules;
     const char *description;
+    friend void PrintTo(const InvalidCase &c, std::ostream *os) { *os << c.name; }
 };
 
 class InvalidSettingsTest : public LinuxDNSSettingsManagerTest,

@@ -91,7 +91,14 @@ void LinuxDNSSettingsManager::loadFromPreferences(Completion completion)
 
 void LinuxDNSSettingsManager::saveToPreferences(Completion completion)
 {
-    run([this] { return save(); }, std::move(completion));
+    // What is saved is what was set when the save was asked for, even if a load started earlier
+    // replaces the properties before the save gets its turn.
+    DnsSlot wanted;
+    {
+        std::lock_guard lock(m_mutex);
+        wanted = m_slot;
+    }
+    run([this, wanted = std::move(wanted)] { return save(wanted); }, std::move(completion));
 }
 
 void LinuxDNSSettingsManager::removeFromPreferences(Completion completion)
@@ -109,13 +116,8 @@ std::optional<PlatformError> LinuxDNSSettingsManager::load()
     return std::nullopt;
 }
 
-std::optional<PlatformError> LinuxDNSSettingsManager::save()
+std::optional<PlatformError> LinuxDNSSettingsManager::save(const DnsSlot &wanted)
 {
-    DnsSlot wanted;
-    {
-        std::lock_guard lock(m_mutex);
-        wanted = m_slot;
-    }
     if (auto error = judge(wanted.dnsSettings, wanted.onDemandRules))
         return error;
 

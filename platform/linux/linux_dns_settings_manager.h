@@ -41,7 +41,7 @@ public:
 private:
     void run(std::function<std::optional<PlatformError>()> operation, Completion completion);
     std::optional<PlatformError> load();
-    std::optional<PlatformError> save();
+    std::optional<PlatformError> save(const DnsSlot &wanted);
     std::optional<PlatformError> remove();
 
     DnsSlotStore m_store;

@@ -11,6 +11,9 @@ namespace {
 
 using Completion = DNSSettingsManager::Completion;
 
+const NEDNSSettings goodHttps
+    = NEDNSOverHTTPSSettings { {}, QUrl(QStringLiteral("https://dns.example.test/x")) };
+
 class LinuxDNSSettingsManagerTest : public SlotDirectory
 {
 protected:
@@ -106,6 +109,21 @@ TEST_F(LinuxDNSSettingsManagerTest, SavingWhatIsStoredAnswersCode9AndWritesNothi
     EXPECT_NE(inode(), before);
 }
 
+TEST_F(LinuxDNSSettingsManagerTest, SaveStoresWhatWasSetWhenItWasCalledEvenIfALoadRunsFirst)
+{
+    LinuxDNSSettingsManager manager(storePath());
+    manager.setDnsSettings(goodHttps);
+    std::promise<void> loaded;
+    manager.loadFromPreferences([&](std::optional<PlatformError>) { loaded.set_value(); });
+    const Outcome saved = save(manager);
+    loaded.get_future().get();
+    EXPECT_EQ(saved.error, std::nullopt);
+
+    DnsSlot slot;
+    ASSERT_EQ(DnsSlotStore(storePath()).read(slot), std::nullopt);
+    EXPECT_EQ(slot.dnsSettings, goodHttps);
+}
+
 TEST_F(LinuxDNSSettingsManagerTest, SavingNeverTouchesTheSwitch)
 {
     ASSERT_EQ(saveSettings(httpsSettings(QStringLiteral("https://a.test/1"))).error, std::nullopt);
@@ -165,9 +183,6 @@ TEST_P(InvalidSettingsTest, AreRefusedWithCode1AndNothingIsWritten)
     EXPECT_EQ(outcome.error->localizedDescription, QString::fromUtf8(GetParam().description));
     EXPECT_FALSE(QFileInfo::exists(storePath()));
 }
-
-const NEDNSSettings goodHttps
-    = NEDNSOverHTTPSSettings { {}, QUrl(QStringLiteral("https://dns.example.test/x")) };
 
 NEOnDemandRule ruleWith(qint64 interfaceType, std::optional<QUrl> probe)
 {

@@ -66,15 +66,6 @@ TEST(Enumerations, CaseListsAreFixedAndLeaveEthernetOut)
     EXPECT_EQ(rawValues(NEOnDemandRuleInterfaceType::allCases), (std::vector<qint64> { 0, 2, 3 }));
 }
 
-TEST(Enumerations, NamedCasesHaveThePlatformsRawValues)
-{
-    EXPECT_EQ(NEOnDemandRuleAction::connect.rawValue, 1);
-    EXPECT_EQ(NEOnDemandRuleAction::ignore.rawValue, 4);
-    EXPECT_EQ(NEOnDemandRuleInterfaceType::ethernet.rawValue, 1);
-    EXPECT_EQ(NEOnDemandRuleInterfaceType::wiFi.rawValue, 2);
-    EXPECT_EQ(NEOnDemandRuleInterfaceType::cellular.rawValue, 3);
-}
-
 TEST(ConfigurationBase, IsMadeOnlyFromItsExactRawValues)
 {
     ASSERT_TRUE(Configuration::Base::fromRawValue(u"dnsOverTLS"));

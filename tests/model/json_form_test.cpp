@@ -41,14 +41,6 @@ TEST(JSONEncoding, HTTPSConfigurationHasExactlyBaseAndItsPayload)
     EXPECT_EQ(encodeJSON(NEOnDemandRuleAction(-7)), QByteArray("-7"));
 }
 
-TEST(JSONEncoding, ValuesNoJSONCanCarryFail)
-{
-    Resolver loneSurrogate = sampleProfile();
-    loneSurrogate.name = QString(QChar(0xd800));
-    EXPECT_TRUE(encodeJSON(loneSurrogate).isEmpty());
-    EXPECT_TRUE(encodeJSON(DoHConfiguration({}, QUrl())).isEmpty());
-}
-
 TEST(JSONRoundTrip, EveryRecordDecodesToAnEqualValue)
 {
     const Resolver profile = sampleProfile();

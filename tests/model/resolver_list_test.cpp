@@ -70,6 +70,9 @@ TEST(ResolverListText, UnencodableListGivesTheEmptyArrayText)
     const std::vector<Resolver> list { Resolver(
         QString(QChar(0xdc00)), Configuration::dnsOverHTTPS(DoHConfiguration())) };
     EXPECT_EQ(rawValue(list), QStringLiteral("[]"));
+    const std::vector<Resolver> invalidURL { Resolver(QStringLiteral("a"),
+        Configuration::dnsOverHTTPS(DoHConfiguration({}, QUrl(QStringLiteral("http://a b/"))))) };
+    EXPECT_EQ(rawValue(invalidURL), QStringLiteral("[]"));
     QString loneSurrogate = goodElement;
     loneSurrogate.replace(QStringLiteral("\"a\""), "\"" + QString(QChar(0xd800)) + "\"");
     EXPECT_FALSE(resolversFromRawValue("[" + loneSurrogate + "]"));

@@ -75,24 +75,22 @@ std::optional<int> statusCodeOf(const QNetworkReply *reply)
 }
 
 // One request in flight, owned by the worker. Completes exactly once, whichever comes first: the final
-// headers, the end of the reply, or the deadline.
+// headers, the end of a reply, or the deadline.
 class Probe : public QObject
 {
 public:
-    Probe(QNetworkReply *reply, QDeadlineTimer deadline, HttpClient::Completion completion, QObject *parent)
+    Probe(QNetworkAccessManager &manager, QNetworkRequest request, int maximumRedirects,
+        QDeadlineTimer deadline, HttpClient::Completion completion, QObject *parent)
         : QObject(parent)
-        , m_reply(reply)
+        , m_manager(manager)
+        , m_request(std::move(request))
+        , m_redirectsLeft(maximumRedirects)
         , m_completion(std::move(completion))
     {
-        // Every redirect the loader offers is taken, including https -> http: a probe sends nothing
-        // private and reads no body, and the platform's loader follows downgrades too.
-        connect(reply, &QNetworkReply::redirected, this, [reply] { emit reply->redirectAllowed(); });
-        connect(reply, &QNetworkReply::metaDataChanged, this, &Probe::onHeaders);
-        connect(reply, &QNetworkReply::finished, this, &Probe::onFinished);
-
         // The platform's timeout (and QNetworkRequest::setTransferTimeout) restarts with every byte, so a
         // host that trickles its headers or streams a body forever would keep the request open without
-        // end. This deadline counts from the start of the request and cuts it off whatever arrives.
+        // end. This deadline counts from the start of the request, redirects included, and cuts it off
+        // whatever arrives.
         m_deadline.setSingleShot(true);
         m_deadline.setTimerType(Qt::PreciseTimer);
         connect(&m_deadline, &QTimer::timeout, this, [this] {
@@ -100,6 +98,7 @@ public:
                 { urlError(NSURLErrorTimedOut, QStringLiteral("The request timed out.")), std::nullopt });
         });
         m_deadline.start(std::max<qint64>(0, deadline.remainingTime()));
+        send(m_request.url());
     }
 
     // Drops the request without reporting it (the client is going away).
@@ -110,16 +109,58 @@ public:
     }
 
 private:
+    void send(const QUrl &url)
+    {
+        m_request.setUrl(url);
+        m_reply = m_manager.get(m_request);
+        connect(m_reply, &QNetworkReply::metaDataChanged, this, &Probe::onHeaders);
+        connect(m_reply, &QNetworkReply::finished, this, &Probe::onFinished);
+    }
+
+    void dropReply()
+    {
+        // Aborting stops the body download; the reply's own signals must not reach us any more. (For an
+        // error status, Qt may still report the status as an error after the abort and warn about it.)
+        m_reply->disconnect(this);
+        m_reply->abort();
+        m_reply->deleteLater();
+        m_reply = nullptr;
+    }
+
     void onHeaders()
     {
         const std::optional<int> status = statusCodeOf(m_reply);
         if (!status)
             return;
-        // A redirect with a target is followed; its own headers decide nothing.
-        if (isRedirectStatus(*status)
-            && m_reply->attribute(QNetworkRequest::RedirectionTargetAttribute).isValid())
+        if (const std::optional<QUrl> target = redirectTarget(*status)) {
+            if (m_redirectsLeft == 0) {
+                complete(
+                    { urlError(NSURLErrorHTTPTooManyRedirects, QStringLiteral("too many HTTP redirects")),
+                        status });
+                return;
+            }
+            --m_redirectsLeft;
+            dropReply();
+            send(*target);
             return;
+        }
         complete({ std::nullopt, status });
+    }
+
+    // Redirects are followed here rather than by the loader, whose own following re-sends requests on
+    // kept-alive connections. Every http(s) target is taken, https -> http included: a probe sends
+    // nothing private and reads no body, and the platform's loader follows downgrades too. A redirect
+    // without a usable target is the final response.
+    std::optional<QUrl> redirectTarget(int status) const
+    {
+        if (!isRedirectStatus(status) || !m_reply->hasRawHeader("Location"))
+            return std::nullopt;
+        const QUrl target = m_reply->url().resolved(QUrl(QString::fromUtf8(m_reply->rawHeader("Location"))));
+        const QString scheme = target.scheme();
+        if (!target.isValid() || target.host().isEmpty()
+            || (scheme != QLatin1String("http") && scheme != QLatin1String("https")))
+            return std::nullopt;
+        return target;
     }
 
     void onFinished()
@@ -137,18 +178,19 @@ private:
             return;
         m_done = true;
         m_deadline.stop();
-        // Aborting stops the body download; its own finished signal must not reach us again.
-        m_reply->disconnect(this);
-        m_reply->abort();
-        m_reply->deleteLater();
+        if (m_reply)
+            dropReply();
         if (m_completion)
             m_completion(std::move(outcome));
         m_completion = nullptr;
         deleteLater();
     }
 
-    QNetworkReply *m_reply;
+    QNetworkAccessManager &m_manager;
+    QNetworkRequest m_request;
+    int m_redirectsLeft;
     HttpClient::Completion m_completion;
+    QNetworkReply *m_reply = nullptr;
     QTimer m_deadline;
     bool m_done = false;
 };
@@ -176,15 +218,14 @@ public:
         networkRequest.setAttribute(
             QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::PreferNetwork);
         networkRequest.setAttribute(
-            QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::UserVerifiedRedirectPolicy);
-        networkRequest.setMaximumRedirectsAllowed(m_options.maximumRedirects);
+            QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
         if (m_options.caCertificates) {
             QSslConfiguration ssl = QSslConfiguration::defaultConfiguration();
             ssl.setCaCertificates(*m_options.caCertificates);
             networkRequest.setSslConfiguration(ssl);
         }
-        QNetworkReply *reply = manager()->get(networkRequest);
-        new Probe(reply, deadline, std::move(completion), this);
+        new Probe(
+            *manager(), networkRequest, m_options.maximumRedirects, deadline, std::move(completion), this);
     }
 
 private:

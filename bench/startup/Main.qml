@@ -1,8 +1,8 @@
 import QtQuick
 
 Window {
-    width: 390
-    height: 844
+    width: 393
+    height: 852
     visible: true
     color: "black"
     title: "Bare window"

@@ -57,7 +57,6 @@ bool isRedirectStatus(int status)
     case 301:
     case 302:
     case 303:
-    case 305:
     case 307:
     case 308:
         return true;

@@ -303,7 +303,11 @@ TEST_P(ScoreArithmetic, DividesMultipliesAndTruncatesInThatOrder)
 
 INSTANTIATE_TEST_SUITE_P(AdBlockTester, ScoreArithmetic,
     ::testing::Values(ScoreCase { 2, 3, 66 }, ScoreCase { 29, 100, 28 }, ScoreCase { 0, 10, 0 },
-        ScoreCase { 10, 10, 100 }, ScoreCase { 3, 10, 30 }, ScoreCase { 1, 7, 14 }));
+        ScoreCase { 10, 10, 100 }, ScoreCase { 3, 10, 30 }, ScoreCase { 1, 7, 14 }),
+    [](const auto &info) {
+        return std::to_string(info.param.blocked) + "Of" + std::to_string(info.param.total) + "Gives"
+            + std::to_string(info.param.score);
+    });
 
 TEST_F(AdBlockTesterTest, AnEmptyListDividesZeroByZeroAndStops)
 {

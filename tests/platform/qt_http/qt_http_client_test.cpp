@@ -141,7 +141,10 @@ TEST_P(RedirectsAreFollowed, ToTheFinalResponse)
 
 INSTANTIATE_TEST_SUITE_P(QtHttpClient, RedirectsAreFollowed,
     ::testing::Values(RedirectCase { 301, 200 }, RedirectCase { 302, 200 }, RedirectCase { 307, 200 },
-        RedirectCase { 302, 404 }));
+        RedirectCase { 302, 404 }),
+    [](const auto &info) {
+        return std::to_string(info.param.redirectStatus) + "To" + std::to_string(info.param.finalStatus);
+    });
 
 TEST_F(QtHttpClientTest, ARedirectLoopEndsWithTooManyRedirects)
 {

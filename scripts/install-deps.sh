@@ -14,7 +14,7 @@ packages=(
     qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript qml6-module-qtquick
     qml6-module-qtquick-controls qml6-module-qtquick-layouts qml6-module-qtquick-templates
     qml6-module-qtquick-window qml6-module-qt5compat-graphicaleffects qml6-module-qttest
-    fonts-noto-color-emoji fonts-dejavu-core
+    fonts-noto-color-emoji fonts-dejavu-core fonts-inter
     # tests, benchmarks, screenshots, packaging checks
     xvfb xauth xdotool curl desktop-file-utils appstream
     x11-apps python3

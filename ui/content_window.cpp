@@ -1,0 +1,30 @@
+#include "ui/content_window.h"
+
+#include "brivanta_build_config.h"
+#include "platform/qt/desktop_device.h"
+
+#include <QQmlEngine>
+
+namespace brivanta {
+
+ContentWindow::ContentWindow(const ViewServices::Objects &objects, QWindow *parent)
+    : QQuickView(parent)
+{
+    ViewServices::attach(*engine(), objects);
+    // The module lives at the resource root (qrc:/Brivanta); Qt 6.4 does not look there by itself.
+    engine()->addImportPath(QStringLiteral("qrc:/"));
+    setTitle(QString::fromUtf8(build::appName));
+    // The system background behind the screens, in the dark appearance their white texts are made for.
+    setColor(Qt::black);
+    setResizeMode(QQuickView::SizeRootObjectToView);
+    setMinimumSize(QSize(320, 480));
+    resize(phoneSize);
+
+    if (DesktopDevice *device = objects.device) {
+        device->setWindowWidth(width());
+        connect(this, &QWindow::widthChanged, device, [device](int width) { device->setWindowWidth(width); });
+    }
+    setSource(QUrl(QStringLiteral("qrc:/Brivanta/ContentView.qml")));
+}
+
+} // namespace brivanta

@@ -1,0 +1,117 @@
+import Brivanta
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import QtQuick.Templates as T
+
+// The desktop rating prompt: offers the store's review page, or not now. Escape or a click outside
+// closes it.
+Popup {
+    id: prompt
+    objectName: "ratingPrompt"
+
+    parent: T.Overlay.overlay
+    modal: true
+    dim: true
+    focus: true
+    closePolicy: Popup.CloseOnEscape | Popup.CloseOnPressOutside
+    padding: 20
+    width: Math.min(320, parent.width - 2 * Theme.padding)
+    x: (parent.width - width) / 2
+    y: (parent.height - height) / 2
+
+    onClosed: DesktopRatingPrompt.dismiss()
+
+    Connections {
+        target: DesktopRatingPrompt
+        function onVisibleChanged() {
+            if (DesktopRatingPrompt.visible)
+                prompt.open()
+            else
+                prompt.close()
+        }
+    }
+
+    T.Overlay.modal: Rectangle {
+        color: Theme.opacity(Theme.black, 0.4)
+    }
+
+    background: Rectangle {
+        color: "#1c1c1e"
+        radius: Theme.cardRadius
+        border.color: Theme.opacity(Theme.white, 0.1)
+        border.width: 1
+    }
+
+    contentItem: ColumnLayout {
+        spacing: 12
+
+        Text {
+            text: qsTr("Enjoying %1?").arg(Qt.application.name)
+            color: Theme.white
+            font.pixelSize: Theme.headline
+            font.weight: Theme.headlineWeight
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        Text {
+            text: qsTr("Rate it on the App Store. It only takes a moment.")
+            color: Theme.opacity(Theme.white, 0.8)
+            font.pixelSize: Theme.subheadline
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        Row {
+            spacing: 6
+            Layout.alignment: Qt.AlignHCenter
+            Repeater {
+                model: 5
+                SymbolImage {
+                    symbol: "star.fill"
+                    color: Theme.yellow
+                    width: 28
+                    height: 28
+                }
+            }
+        }
+        Button {
+            id: reviewButton
+            objectName: "writeReviewButton"
+            text: qsTr("Write a Review")
+            padding: 12
+            Layout.fillWidth: true
+            onClicked: DesktopRatingPrompt.openReview()
+            contentItem: Text {
+                text: reviewButton.text
+                color: Theme.white
+                font.pixelSize: Theme.body
+                font.weight: Font.Bold
+                horizontalAlignment: Text.AlignHCenter
+            }
+            background: Rectangle {
+                radius: Theme.buttonRadius
+                color: reviewButton.down ? Qt.darker(Theme.blue, 1.2) : Theme.blue
+            }
+        }
+        Button {
+            id: notNowButton
+            objectName: "notNowButton"
+            text: qsTr("Not Now")
+            padding: 12
+            Layout.fillWidth: true
+            onClicked: prompt.close()
+            contentItem: Text {
+                text: notNowButton.text
+                color: Theme.white
+                font.pixelSize: Theme.body
+                horizontalAlignment: Text.AlignHCenter
+            }
+            background: Rectangle {
+                radius: Theme.buttonRadius
+                color: notNowButton.down ? Theme.opacity(Theme.white, 0.25) : Theme.opacity(Theme.white, 0.12)
+            }
+        }
+    }
+}

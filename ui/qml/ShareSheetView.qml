@@ -1,0 +1,126 @@
+import Brivanta
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import QtQuick.Templates as T
+
+// The desktop share sheet: the composed text and the link, to copy or send by e-mail. As a popover
+// without an arrow it floats centred on its anchor point; otherwise it rises from the bottom edge like
+// a phone's sheet. Escape or a click outside closes it.
+Popup {
+    id: sheet
+    objectName: "shareSheet"
+
+    readonly property bool centred: DesktopShareSheet.centred
+    readonly property rect anchorRect: DesktopShareSheet.sourceRect
+
+    parent: T.Overlay.overlay
+    modal: true
+    dim: true
+    focus: true
+    closePolicy: Popup.CloseOnEscape | Popup.CloseOnPressOutside
+    padding: 20
+    width: centred ? Math.min(440, parent.width - 2 * Theme.padding) : parent.width
+    x: centred ? anchorRect.x - width / 2 : 0
+    y: centred ? anchorRect.y - height / 2 : parent.height - height
+
+    onClosed: DesktopShareSheet.dismiss()
+
+    Connections {
+        target: DesktopShareSheet
+        function onVisibleChanged() {
+            if (DesktopShareSheet.visible)
+                sheet.open()
+            else
+                sheet.close()
+        }
+    }
+
+    T.Overlay.modal: Rectangle {
+        color: Theme.opacity(Theme.black, 0.4)
+    }
+
+    background: Rectangle {
+        color: "#1c1c1e"
+        radius: Theme.cardRadius
+        border.color: Theme.opacity(Theme.white, 0.1)
+        border.width: 1
+    }
+
+    contentItem: ColumnLayout {
+        spacing: 12
+
+        Text {
+            text: qsTr("Share")
+            color: Theme.white
+            font.pixelSize: Theme.headline
+            font.weight: Theme.headlineWeight
+            Layout.alignment: Qt.AlignHCenter
+        }
+        EmojiLabel {
+            objectName: "shareText"
+            plainText: DesktopShareSheet.text
+            font.pixelSize: Theme.subheadline
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        Text {
+            objectName: "shareLink"
+            text: DesktopShareSheet.urlText
+            color: Theme.blue
+            font.pixelSize: Theme.subheadline
+            wrapMode: Text.WrapAnywhere
+            Layout.fillWidth: true
+        }
+        RowLayout {
+            spacing: Theme.spacing
+            Layout.fillWidth: true
+            Layout.topMargin: 4
+
+            component SheetButton: Button {
+                id: sheetButton
+                property string symbol
+                padding: 12
+                Layout.fillWidth: true
+                contentItem: RowLayout {
+                    spacing: 6
+                    SymbolImage {
+                        symbol: sheetButton.symbol
+                        Layout.preferredWidth: 18
+                        Layout.preferredHeight: 18
+                    }
+                    Text {
+                        text: sheetButton.text
+                        color: Theme.white
+                        font.pixelSize: Theme.subheadline
+                        elide: Text.ElideRight
+                        Layout.fillWidth: true
+                    }
+                }
+                background: Rectangle {
+                    radius: Theme.sectionRadius
+                    color: sheetButton.down ? Theme.opacity(Theme.white, 0.25) : Theme.opacity(Theme.white, 0.12)
+                }
+            }
+
+            SheetButton {
+                objectName: "copyButton"
+                symbol: "doc.on.doc"
+                text: qsTr("Copy")
+                onClicked: DesktopShareSheet.copyToClipboard()
+            }
+            SheetButton {
+                objectName: "emailButton"
+                symbol: "envelope.fill"
+                text: qsTr("Send by E-mail")
+                onClicked: DesktopShareSheet.sendByEmail()
+            }
+            SheetButton {
+                objectName: "closeShareButton"
+                symbol: "xmark"
+                text: qsTr("Close")
+                onClicked: sheet.close()
+            }
+        }
+    }
+}

@@ -1,0 +1,102 @@
+import Brivanta
+import QtQuick
+import QtQuick.Layouts
+import Qt5Compat.GraphicalEffects
+
+// Whether ad blocking is on: a shield and a green "Enabled" or red "Disabled" pill.
+Item {
+    id: root
+
+    property bool isBlockingEnabled: false
+    readonly property color stateColor: isBlockingEnabled ? Theme.green : Theme.red
+
+    implicitWidth: column.implicitWidth + 2 * Theme.padding
+    implicitHeight: column.implicitHeight + 2 * Theme.padding
+
+    BlurView {
+        anchors.fill: parent
+        radius: Theme.cardRadius
+    }
+    Rectangle {
+        anchors.fill: parent
+        radius: Theme.cardRadius
+        color: "transparent"
+        border.color: Theme.opacity(Theme.white, 0.1)
+        border.width: 1
+    }
+
+    ColumnLayout {
+        id: column
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        anchors.margins: Theme.padding
+        spacing: 15
+
+        RowLayout {
+            objectName: "statusTitleRow"
+            spacing: 5
+            Layout.alignment: Qt.AlignHCenter
+            Layout.leftMargin: Theme.padding
+            Layout.rightMargin: Theme.padding
+
+            // Switches at once: only the pill animates.
+            SymbolImage {
+                objectName: "statusSymbol"
+                symbol: root.isBlockingEnabled ? "shield.checkerboard" : "shield.slash"
+                color: root.stateColor
+                Layout.preferredWidth: 40
+                Layout.preferredHeight: 40
+            }
+            ColumnLayout {
+                spacing: 5
+                Text {
+                    text: qsTr("Ad Blocking Status")
+                    color: Theme.white
+                    font.pixelSize: Theme.title2
+                    font.weight: Font.Bold
+                }
+            }
+        }
+
+        Item {
+            id: pillRow
+            objectName: "statusPillRow"
+            Layout.fillWidth: true
+            implicitHeight: 50
+
+            Rectangle {
+                id: pill
+                objectName: "statusPill"
+                width: pillRow.width * Theme.statusWidthFactor(Device.isTablet)
+                height: 50
+                anchors.centerIn: parent
+                radius: Theme.cardRadius
+                color: Theme.opacity(root.stateColor, 0.2)
+                layer.enabled: GraphicsInfo.api !== GraphicsInfo.Software
+                layer.effect: DropShadow {
+                    radius: 5
+                    samples: 11
+                    color: Theme.shadow
+                }
+
+                Behavior on color {
+                    ColorAnimation { duration: 300; easing.type: Easing.BezierSpline; easing.bezierCurve: Theme.easeInOut }
+                }
+
+                Text {
+                    objectName: "statusText"
+                    anchors.centerIn: parent
+                    text: root.isBlockingEnabled ? qsTr("Enabled") : qsTr("Disabled")
+                    color: root.stateColor
+                    font.pixelSize: Theme.headline
+                    font.weight: Font.Bold
+
+                    Behavior on color {
+                        ColorAnimation { duration: 300; easing.type: Easing.BezierSpline; easing.bezierCurve: Theme.easeInOut }
+                    }
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <QUrl>
+#include <QtQml/qqmlregistration.h>
+
+namespace brivanta {
+
+// The one table from the system symbol names the views use to the vendored SVGs that draw them
+// (Phosphor, and Tabler where Phosphor has no such shield). "apple.logo" draws a neutral store glyph.
+class Symbols : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+
+public:
+    using QObject::QObject;
+
+    // The image for the symbol; an empty URL (and a warning) for a name not in the table.
+    Q_INVOKABLE static QUrl source(const QString &name);
+    // Every name in the table.
+    static QStringList names();
+};
+
+} // namespace brivanta

@@ -18,7 +18,7 @@ Popup {
     padding: 20
     width: Math.min(320, parent.width - 2 * Theme.padding)
     x: (parent.width - width) / 2
-    y: (parent.height - height) / 2
+    y: Math.max(0, (parent.height - implicitHeight) / 2)
 
     onClosed: DesktopRatingPrompt.dismiss()
 

@@ -22,7 +22,9 @@ Popup {
     padding: 20
     width: centred ? Math.min(440, parent.width - 2 * Theme.padding) : parent.width
     x: centred ? anchorRect.x - width / 2 : 0
-    y: centred ? anchorRect.y - height / 2 : parent.height - height
+    // From the implicit height: the popup would otherwise shrink itself to fit where a smaller, earlier
+    // height put it.
+    y: Math.max(0, centred ? anchorRect.y - implicitHeight / 2 : parent.height - implicitHeight)
 
     onClosed: DesktopShareSheet.dismiss()
 

@@ -1,0 +1,346 @@
+#include "platform/qt_desktop/url_recorder.h"
+#include "ui/brivanta_app.h"
+#include "ui_harness.h"
+
+#include <QQuickItem>
+#include <QTest>
+#include <QTranslator>
+#include <QUrlQuery>
+#include <gtest/gtest.h>
+
+namespace brivanta {
+namespace {
+
+using testing::FakeDNSSettingsManager;
+using testing::UiHarness;
+using testing::UrlRecorder;
+
+const QColor red("#ff453a");
+const QColor green("#30d158");
+
+struct MainViewTest : ::testing::Test
+{
+    UiHarness harness;
+
+    void start(QSize size = ContentWindow::phoneSize)
+    {
+        harness.start(size);
+        harness.leaveOnboarding();
+    }
+
+    // Every probe completes, in order; the first `blocked` ones fail (blocked), the rest answer 200.
+    void completeProbes(int blocked)
+    {
+        int index = 0;
+        harness.httpClient.completeAll([&](const QUrl &) {
+            return index++ < blocked ? testing::transportError(NSURLErrorCannotFindHost)
+                                     : testing::httpStatus(200);
+        });
+        harness.runMainQueue();
+    }
+
+    QList<QQuickItem *> visibleChildren(const QString &parentName)
+    {
+        QList<QQuickItem *> visible;
+        for (QQuickItem *child : harness.item(parentName)->childItems()) {
+            if (child->isVisible())
+                visible.append(child);
+        }
+        return visible;
+    }
+};
+
+TEST_F(MainViewTest, TheSeventeenElementsInOrder)
+{
+    start();
+    QStringList names;
+    for (QQuickItem *child : harness.item("mainStack")->childItems())
+        names.append(child->objectName());
+    EXPECT_EQ(names,
+        QStringList({ "headerView", "divider1", "statusCardElement", "divider2", "privacyCard", "divider3",
+            "addButton", "divider4", "instructionsView", "divider5", "testSection", "divider6", "promotionPager",
+            "divider7", "supportCard", "divider8", "shareAndRateRow" }));
+    QQuickItem *divider = harness.item("divider1");
+    EXPECT_EQ(divider->property("color").value<QColor>(), QColor::fromRgbF(1, 1, 1, 0.2));
+    EXPECT_DOUBLE_EQ(divider->height(), 1);
+}
+
+struct StatusCase
+{
+    QSize size;
+    double factor;
+};
+
+void PrintTo(const StatusCase &c, std::ostream *out)
+{
+    *out << c.size.width() << "x" << c.size.height();
+}
+
+class StatusCardSize : public MainViewTest, public ::testing::WithParamInterface<StatusCase>
+{
+};
+
+TEST_P(StatusCardSize, FrameAndPillFollowTheWidthTable)
+{
+    const StatusCase &c = GetParam();
+    start(c.size);
+
+    QQuickItem *card = harness.item("statusCard");
+    EXPECT_DOUBLE_EQ(card->width(), c.size.width() * c.factor);
+    EXPECT_DOUBLE_EQ(card->height(), 180);
+    const double cardCentre = card->mapToScene(QPointF(card->width() / 2, 0)).x();
+    EXPECT_NEAR(cardCentre, c.size.width() / 2.0, 0.5);
+
+    QQuickItem *row = harness.item("statusPillRow");
+    QQuickItem *pill = harness.item("statusPill");
+    EXPECT_DOUBLE_EQ(pill->width(), row->width() * c.factor);
+    EXPECT_DOUBLE_EQ(pill->height(), 50);
+}
+
+INSTANTIATE_TEST_SUITE_P(Idioms, StatusCardSize,
+    ::testing::Values(StatusCase { QSize(393, 852), 0.9 }, StatusCase { QSize(1024, 1366), 0.4 }),
+    [](const auto &info) { return info.index == 0 ? "Phone" : "Tablet"; });
+
+TEST_F(MainViewTest, ResizingAcrossTheTabletWidthSwitchesTheLayout)
+{
+    start(QSize(743, 900));
+    EXPECT_DOUBLE_EQ(harness.item("statusCard")->width(), 743 * 0.9);
+    EXPECT_DOUBLE_EQ(harness.item("addButton")->width(), 300);
+
+    harness.resize(QSize(744, 900));
+
+    EXPECT_DOUBLE_EQ(harness.item("statusCard")->width(), 744 * 0.4);
+    EXPECT_DOUBLE_EQ(harness.item("addButton")->width(), 400);
+}
+
+TEST_F(MainViewTest, StatusCardShowsTheStateInItsColours)
+{
+    start();
+    EXPECT_EQ(harness.item("statusSymbol")->property("symbol").toString(), "shield.slash");
+    EXPECT_EQ(harness.item("statusText")->property("text").toString(), "Disabled");
+
+    harness.dnsSettingsManager.setEnabled(true);
+    harness.dnsSettingsManager.release(FakeDNSSettingsManager::Operation::Load);
+    harness.runMainQueue();
+
+    QQuickItem *symbol = harness.item("statusSymbol");
+    EXPECT_EQ(symbol->property("symbol").toString(), "shield.checkerboard");
+    // The symbol switches at once; the pill's colours animate.
+    EXPECT_EQ(symbol->property("color").value<QColor>(), green);
+    EXPECT_EQ(harness.item("statusText")->property("text").toString(), "Enabled");
+    QTRY_COMPARE(harness.item("statusText")->property("color").value<QColor>(), green);
+}
+
+TEST_F(MainViewTest, AddButtonTurnsIntoADisabledSettingsAddedThatIgnoresClicks)
+{
+    start();
+    QQuickItem *button = harness.item("addButton");
+    EXPECT_EQ(button->property("title").toString(), "Add Network Settings");
+    EXPECT_EQ(button->property("icon").toString(), "network");
+
+    harness.click(button);
+    ASSERT_EQ(harness.dnsSettingsManager.count(FakeDNSSettingsManager::Operation::Save), 1);
+    harness.dnsSettingsManager.release(FakeDNSSettingsManager::Operation::Save);
+    harness.runMainQueue();
+
+    EXPECT_EQ(button->property("title").toString(), "Settings Added");
+    EXPECT_EQ(button->property("icon").toString(), "checkmark.circle.fill");
+    EXPECT_FALSE(button->isEnabled());
+    QTRY_VERIFY(!button->property("isPressed").toBool());
+
+    harness.click(button);
+
+    EXPECT_EQ(harness.dnsSettingsManager.count(FakeDNSSettingsManager::Operation::Save), 1);
+    EXPECT_FALSE(button->property("isPressed").toBool());
+}
+
+TEST_F(MainViewTest, WithoutResultsTheTestSectionShowsTwoTextsAndTheButton)
+{
+    start();
+    QStringList shown;
+    for (QQuickItem *child : visibleChildren("testSection").last()->childItems()) {
+        if (child->isVisible())
+            shown.append(child->objectName());
+    }
+    EXPECT_EQ(shown, QStringList({ "testTitle", "testDescription", "testButton" }));
+
+    harness.click(harness.item("testButton"));
+    EXPECT_EQ(harness.httpClient.openCount(), 10u);
+}
+
+struct ScoreCase
+{
+    int total;
+    int blocked;
+    const char *text;
+    QColor colour;
+};
+
+void PrintTo(const ScoreCase &c, std::ostream *out)
+{
+    *out << c.blocked << " of " << c.total;
+}
+
+class ScoreLine : public MainViewTest, public ::testing::WithParamInterface<ScoreCase>
+{
+};
+
+TEST_P(ScoreLine, RedBelowEightyGreenFromEighty)
+{
+    const ScoreCase &c = GetParam();
+    for (int i = 0; i < c.total; ++i)
+        harness.testDomains.append(QStringLiteral("https://host%1.test").arg(i, 2, 10, QLatin1Char('0')));
+    start();
+    harness.click(harness.item("testButton"));
+    completeProbes(c.blocked);
+
+    QQuickItem *score = harness.item("scoreText");
+    ASSERT_TRUE(score->isVisible());
+    EXPECT_EQ(score->property("text").toString(), c.text);
+    EXPECT_EQ(score->property("color").value<QColor>(), c.colour);
+}
+
+INSTANTIATE_TEST_SUITE_P(Thresholds, ScoreLine,
+    ::testing::Values(ScoreCase { 24, 19, "Blocking Score: 79%", red }, ScoreCase { 5, 4, "Blocking Score: 80%", green }),
+    [](const auto &info) { return info.index == 0 ? "Score79" : "Score80"; });
+
+TEST_F(MainViewTest, ResultRowsAreSortedWithHttpsRemoved)
+{
+    harness.testDomains = { "https://zeta.test", "https://alpha.test", "https://mid.test/https://deep" };
+    start();
+    harness.click(harness.item("testButton"));
+    completeProbes(1); // the first probe, zeta, is blocked
+
+    QStringList hosts;
+    QStringList labels;
+    for (QQuickItem *row : harness.items("resultRow")) {
+        hosts.append(row->childItems().at(0)->property("text").toString());
+        labels.append(row->childItems().at(1)->property("plainText").toString());
+    }
+    EXPECT_EQ(hosts, QStringList({ "alpha.test", "mid.test/deep", "zeta.test" }));
+    EXPECT_EQ(labels, QStringList({ "❌ Not Blocked", "❌ Not Blocked", "✅ Blocked" }));
+    EXPECT_EQ(harness.items("resultRow").last()->childItems().at(1)->property("color").value<QColor>(), green);
+}
+
+TEST_F(MainViewTest, PromotionPagerOpensOnOrvindoAndEachBadgeOpensItsOwnPage)
+{
+    UrlRecorder links;
+    start();
+    QQuickItem *pager = harness.item("promotionSwipeView");
+    EXPECT_EQ(pager->property("currentIndex").toInt(), 0);
+    EXPECT_EQ(pager->property("count").toInt(), 2);
+    QQuickItem *firstPage = harness.item("promotionPage0");
+    EXPECT_EQ(firstPage->childItems().first()->objectName(), "orvindoPromoCard");
+
+    harness.click(harness.item("orvindoPromoCard")->findChild<QQuickItem *>("storeBadge"));
+    ASSERT_EQ(links.opened.size(), 1u);
+    EXPECT_EQ(links.opened[0], QUrl("https://apps.apple.com/app/id6739406291"));
+
+    pager->setProperty("currentIndex", 1);
+    QQuickItem *velloquin = harness.item("velloquinPromoCard");
+    QTRY_COMPARE(velloquin->mapToScene(QPointF(velloquin->width() / 2, 0)).x(), 393.0 / 2);
+    harness.click(velloquin->findChild<QQuickItem *>("storeBadge"));
+    ASSERT_EQ(links.opened.size(), 2u);
+    EXPECT_EQ(links.opened[1], QUrl("https://apps.apple.com/app/id6740219833"));
+}
+
+TEST_F(MainViewTest, ContactSupportOpensTheEncodedMailtoLink)
+{
+    UrlRecorder links;
+    start();
+
+    harness.click(harness.item("contactSupportButton"));
+
+    ASSERT_EQ(links.opened.size(), 1u);
+    const QUrl &link = links.opened[0];
+    EXPECT_EQ(link.scheme(), "mailto");
+    EXPECT_EQ(link.path(), "support@brivanta.app");
+    const QString encoded = link.toString(QUrl::FullyEncoded);
+    EXPECT_TRUE(encoded.startsWith("mailto:support@brivanta.app?subject=%F0%9F%9A%80%20Support%20Request%20-%20"
+                                   "Brivanta&body=Hello%20Support%20Team,%20%F0%9F%91%8B%0A%0AI%20need"))
+        << encoded.toStdString();
+    const QUrlQuery query(link);
+    EXPECT_TRUE(query.queryItemValue("body", QUrl::FullyDecoded)
+                    .contains("\n- Country: Germany \U0001F1E9\U0001F1EA\n"));
+}
+
+struct ShareCase
+{
+    QSize size;
+    bool centred;
+};
+
+void PrintTo(const ShareCase &c, std::ostream *out)
+{
+    *out << c.size.width() << "x" << c.size.height();
+}
+
+class ShareSheet : public MainViewTest, public ::testing::WithParamInterface<ShareCase>
+{
+};
+
+TEST_P(ShareSheet, ShareAppOpensTheSheetInsideTheWindowAndEscapeClosesIt)
+{
+    const ShareCase &c = GetParam();
+    start(c.size);
+
+    harness.click(harness.item("shareButton"));
+    QQuickItem *sheet = harness.item("shareText");
+    ASSERT_TRUE(harness.shareSheet.isVisible());
+    QTRY_VERIFY(sheet->isVisible());
+    harness.settle();
+
+    EXPECT_TRUE(sheet->property("plainText").toString().startsWith("🚀 Check out Brivanta 1.0.0! 🎉\n"));
+    EXPECT_EQ(harness.item("shareLink")->property("text").toString(), "https://apps.apple.com/app/id6742517203");
+    // The whole sheet, down to its buttons, lies inside the window.
+    QQuickItem *closeButton = harness.item("closeShareButton");
+    const QRectF buttonBox = closeButton->mapRectToScene(QRectF(0, 0, closeButton->width(), closeButton->height()));
+    EXPECT_TRUE(QRectF(QPointF(0, 0), c.size).contains(buttonBox)) << buttonBox.y() << " " << buttonBox.height();
+    QQuickItem *panel = sheet->parentItem();
+    const QRectF box = panel->mapRectToScene(QRectF(0, 0, panel->width(), panel->height()));
+    if (c.centred) {
+        EXPECT_NEAR(box.center().x(), c.size.width() / 2.0, 1);
+    }
+
+    QTest::keyClick(&harness.window(), Qt::Key_Escape);
+
+    EXPECT_FALSE(harness.shareSheet.isVisible());
+    QTRY_VERIFY(!sheet->isVisible());
+}
+
+INSTANTIATE_TEST_SUITE_P(Idioms, ShareSheet,
+    ::testing::Values(ShareCase { QSize(393, 852), false }, ShareCase { QSize(1024, 1366), true }),
+    [](const auto &info) { return info.index == 0 ? "PhoneFromTheBottom" : "TabletCentred"; });
+
+TEST_F(MainViewTest, TheFifthAppearanceShowsTheRatingPromptAndEscapeDismissesIt)
+{
+    harness.preferences.setInteger(4, "launchCount");
+    start();
+
+    ASSERT_TRUE(harness.ratingPrompt.isVisible());
+    QQuickItem *review = harness.item("writeReviewButton");
+    QTRY_VERIFY(review->isVisible());
+
+    QTest::keyClick(&harness.window(), Qt::Key_Escape);
+
+    EXPECT_FALSE(harness.ratingPrompt.isVisible());
+}
+
+TEST_F(MainViewTest, UnderAGermanLocaleTheLabelsAreGerman)
+{
+    QTranslator german;
+    ASSERT_TRUE(BrivantaApp::installTranslator(
+        *QCoreApplication::instance(), german, QLocale(QLocale::German, QLocale::Germany)));
+    harness.start();
+    EXPECT_EQ(harness.item("onboardingButton")->property("text").toString(), "Weiter");
+    harness.leaveOnboarding();
+    EXPECT_EQ(harness.item("statusText")->property("text").toString(), "Deaktiviert");
+    EXPECT_EQ(harness.item("addButton")->property("title").toString(), "Netzwerkeinstellungen hinzufügen");
+    // Table texts stay as they are.
+    EXPECT_EQ(harness.items("instructionText").first()->property("text").toString(),
+        "Tap 'Add Network Settings' above.");
+    QCoreApplication::removeTranslator(&german);
+}
+
+} // namespace
+} // namespace brivanta

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "dns/main_view_model.h"
+#include "fakes/fake_bundle_info.h"
+#include "fakes/fake_dns_settings_manager.h"
+#include "fakes/fake_environment.h"
+#include "fakes/fake_locale_info.h"
+#include "fakes/fake_preferences.h"
+#include "fakes/manual_main_queue.h"
+#include "fakes/recording_console.h"
+#include "platform/qt/desktop_application_services.h"
+#include "platform/qt/desktop_device.h"
+#include "platform/qt/desktop_rating_prompt.h"
+#include "platform/qt/desktop_share_sheet.h"
+#include "tester/fake_http_client.h"
+#include "ui/content_window.h"
+#include "ui/support_actions.h"
+
+#include <QQuickItem>
+#include <QSize>
+#include <QStringList>
+#include <memory>
+
+namespace brivanta::testing {
+
+// The real QML module in a real ContentWindow, over scripted platform services: a DNS slot and an HTTP
+// client whose completions the test releases, a main queue it runs by hand, fixed bundle and locale
+// values. Links go through the real desktop services (catch them with a URL handler).
+class UiHarness
+{
+public:
+    ManualMainQueue mainQueue;
+    FakeEnvironment environment;
+    RecordingConsole console;
+    FakeDNSSettingsManager dnsSettingsManager;
+    FakeHttpClient httpClient;
+    FakePreferences preferences;
+    FakeBundleInfo bundle;
+    FakeLocaleInfo locale;
+    DesktopDevice device { QStringLiteral("ThinkPad X1"), QStringLiteral("Debian GNU/Linux"), QStringLiteral("12") };
+    DesktopShareSheet shareSheet;
+    DesktopRatingPrompt ratingPrompt;
+    DesktopApplicationServices application { device, shareSheet, ratingPrompt };
+    // Empty: the tester probes its own list; otherwise this one.
+    QStringList testDomains;
+
+    UiHarness();
+    ~UiHarness();
+
+    // Makes the model and the window at the given size and shows it.
+    void start(QSize size = ContentWindow::phoneSize);
+    MainViewModel &model() { return *m_model; }
+    ContentWindow &window() { return *m_window; }
+
+    // Lays out and renders once, so that geometry is current.
+    void settle();
+    void resize(QSize size);
+    // The item with that objectName (the only one, or the first visible one); fails the test when none.
+    QQuickItem *item(const QString &objectName);
+    QList<QQuickItem *> items(const QString &objectName);
+    void leaveOnboarding();
+    // Scrolls the main screen so that the item is in view, then clicks its centre.
+    void click(QQuickItem *item);
+    // Runs the main queue until nothing is left.
+    void runMainQueue();
+
+private:
+    std::unique_ptr<MainViewModel> m_model;
+    std::unique_ptr<SupportActions> m_supportActions;
+    std::unique_ptr<ContentWindow> m_window;
+};
+
+} // namespace brivanta::testing

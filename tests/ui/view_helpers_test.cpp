@@ -1,0 +1,253 @@
+#include "fakes/fake_application_services.h"
+#include "fakes/fake_bundle_info.h"
+#include "fakes/fake_device.h"
+#include "fakes/fake_locale_info.h"
+#include "ui/application_scene_phase.h"
+#include "ui/brivanta_app.h"
+#include "ui/emoji_text.h"
+#include "ui/instruction_steps.h"
+#include "ui/onboarding_page.h"
+#include "ui/onboarding_pages.h"
+#include "ui/support_actions.h"
+#include "ui/symbols.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QUrlQuery>
+#include <QXmlStreamReader>
+#include <gtest/gtest.h>
+
+namespace brivanta {
+namespace {
+
+TEST(OnboardingPageTable, HoldsTheNinePagesInOrderWithTheEmDashInPageSeven)
+{
+    const std::vector<OnboardingPage> &pages = onboardingPages();
+    ASSERT_EQ(pages.size(), 9u);
+    EXPECT_EQ(&pages, &onboardingPages()) << "built once and shared";
+
+    const QStringList titles { "Ad Blocking Like No Other", "Works in All Apps & Browsers", "Faster Browsing",
+        "Save Battery Life", "Save Mobile Data", "No Subscriptions, One-Time Purchase", "Encrypted DNS Queries",
+        "No IP Logging, Full Privacy", "Always Up to Date" };
+    const QStringList symbols { "shield.lefthalf.filled", "network", "hare", "battery.100",
+        "antenna.radiowaves.left.and.right", "checkmark.seal.fill", "lock.shield", "eye.slash.fill",
+        "icloud.and.arrow.down" };
+    for (size_t i = 0; i < pages.size(); ++i) {
+        EXPECT_EQ(pages[i].title, titles[i]);
+        EXPECT_EQ(pages[i].imageName, symbols[i]);
+    }
+    EXPECT_EQ(pages[0].description,
+        "Brivanta filters ads at the network level, blocking them in every browser and most apps. Unlike Safari "
+        "extensions, ads and trackers never even load!");
+    EXPECT_EQ(pages[7].description,
+        QString::fromUtf8("Your privacy is our priority. Brivanta never logs your IP address or browsing "
+                          "history\xE2\x80\x94your data stays yours."));
+    for (size_t i = 0; i < pages.size(); ++i) {
+        if (i == 7)
+            continue;
+        for (const QChar c : pages[i].title + pages[i].description)
+            EXPECT_LT(c.unicode(), 0x80) << "page " << i << " is plain ASCII";
+    }
+}
+
+TEST(OnboardingPageTableDeathTest, ReadingOutsideTheTableIsFatal)
+{
+    EXPECT_DEATH(onboardingPage(onboardingPages(), 9), "");
+    EXPECT_DEATH(onboardingPage(onboardingPages(), -1), "");
+}
+
+struct ButtonCase
+{
+    int currentPage;
+    int pageCount;
+    const char *title;
+    int pageAfterPress; // -1: the onboarding ends
+};
+
+void PrintTo(const ButtonCase &c, std::ostream *out)
+{
+    *out << "page " << c.currentPage << " of " << c.pageCount;
+}
+
+class OnboardingButtonRule : public ::testing::TestWithParam<ButtonCase>
+{
+};
+
+TEST_P(OnboardingButtonRule, TitleAndPress)
+{
+    const ButtonCase &c = GetParam();
+    EXPECT_EQ(OnboardingPages::buttonTitle(c.currentPage, c.pageCount), QLatin1String(c.title));
+    EXPECT_EQ(OnboardingPages::pageAfterPress(c.currentPage, c.pageCount), c.pageAfterPress);
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages, OnboardingButtonRule,
+    ::testing::Values(ButtonCase { 0, 9, "Next", 1 }, ButtonCase { 7, 9, "Next", 8 },
+        ButtonCase { 8, 9, "Get Started", -1 },
+        // Past the end (the pager never gets there): labelled "Next", yet a press ends the onboarding.
+        ButtonCase { 9, 9, "Next", -1 },
+        // A one-page table starts on its last page.
+        ButtonCase { 0, 1, "Get Started", -1 }),
+    [](const auto &info) {
+        return "Page" + std::to_string(info.param.currentPage) + "Of" + std::to_string(info.param.pageCount);
+    });
+
+TEST(InstructionStepsTable, FourStepsWithNumberedSymbols)
+{
+    ASSERT_EQ(InstructionSteps::count(), 4);
+    EXPECT_EQ(InstructionSteps::text(0), "Tap 'Add Network Settings' above.");
+    EXPECT_EQ(InstructionSteps::text(1), "Open Settings on your device.");
+    EXPECT_EQ(InstructionSteps::text(2), "Go to General > VPN & Device Management.");
+    EXPECT_EQ(InstructionSteps::text(3), "Select DNS and choose 'Brivanta'.");
+    EXPECT_EQ(InstructionSteps::symbol(0), "1.circle.fill");
+    EXPECT_EQ(InstructionSteps::symbol(3), "4.circle.fill");
+}
+
+TEST(InstructionStepsTableDeathTest, AnIndexAboveThreeIsFatal)
+{
+    EXPECT_DEATH(InstructionSteps::text(4), "");
+    EXPECT_DEATH(InstructionSteps::symbol(std::numeric_limits<int>::max()), "");
+}
+
+TEST(SymbolTable, EverySymbolTheViewsNameHasAnImage)
+{
+    QStringList used { "hand.raised.fill", "shield.checkerboard", "shield.slash", "lock.shield.fill", "network",
+        "checkmark.circle.fill", "envelope.fill", "envelope.open.fill", "apple.logo", "square.and.arrow.up.fill",
+        "star.fill", "shield.lefthalf.filled", "xmark", "doc.on.doc" };
+    for (const OnboardingPage &page : onboardingPages())
+        used.append(page.imageName);
+    for (int i = 0; i < InstructionSteps::count(); ++i)
+        used.append(InstructionSteps::symbol(i));
+
+    for (const QString &name : used) {
+        const QUrl source = Symbols::source(name);
+        ASSERT_TRUE(source.isValid()) << name.toStdString();
+        EXPECT_TRUE(QFile::exists(QLatin1Char(':') + source.path())) << name.toStdString();
+    }
+    EXPECT_TRUE(Symbols::source(QStringLiteral("apple.logo")).path().contains(QLatin1String("storefront")));
+}
+
+TEST(EmojiRuns, EmojiRunsGetTheEmojiFontAndTheRestIsEscaped)
+{
+    EXPECT_EQ(EmojiText::richText(QString::fromUtf8("\xE2\x9A\xA0\xEF\xB8\x8F Spam & <deals>")),
+        QString::fromUtf8("<span style=\"font-family:'Noto Color Emoji'\">\xE2\x9A\xA0\xEF\xB8\x8F</span> "
+                          "Spam &amp; &lt;deals&gt;"));
+    EXPECT_EQ(EmojiText::richText(QString::fromUtf8("Hi \xF0\x9F\x91\x8B\n\nok")),
+        QString::fromUtf8("Hi <span style=\"font-family:'Noto Color Emoji'\">\xF0\x9F\x91\x8B</span><br><br>ok"));
+    EXPECT_EQ(EmojiText::richText(QStringLiteral("plain - text")), QStringLiteral("plain - text"));
+}
+
+struct PhaseCase
+{
+    Qt::ApplicationState state;
+    MainViewModel::ScenePhase phase;
+};
+
+void PrintTo(const PhaseCase &c, std::ostream *out)
+{
+    *out << "state " << int(c.state);
+}
+
+std::string stateName(const ::testing::TestParamInfo<PhaseCase> &info)
+{
+    switch (info.param.state) {
+    case Qt::ApplicationActive:
+        return "Active";
+    case Qt::ApplicationInactive:
+        return "Inactive";
+    case Qt::ApplicationHidden:
+        return "Hidden";
+    case Qt::ApplicationSuspended:
+        break;
+    }
+    return "Suspended";
+}
+
+class ScenePhaseMapping : public ::testing::TestWithParam<PhaseCase>
+{
+};
+
+TEST_P(ScenePhaseMapping, FollowsTheApplicationState)
+{
+    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(GetParam().state), GetParam().phase);
+}
+
+INSTANTIATE_TEST_SUITE_P(States, ScenePhaseMapping,
+    ::testing::Values(PhaseCase { Qt::ApplicationActive, MainViewModel::ScenePhase::Active },
+        PhaseCase { Qt::ApplicationInactive, MainViewModel::ScenePhase::Inactive },
+        PhaseCase { Qt::ApplicationHidden, MainViewModel::ScenePhase::Background },
+        PhaseCase { Qt::ApplicationSuspended, MainViewModel::ScenePhase::Background }),
+    stateName);
+
+struct SupportActionsTest : ::testing::Test
+{
+    testing::FakeBundleInfo bundle;
+    testing::FakeDevice device;
+    testing::FakeLocaleInfo locale;
+    testing::FakeApplicationServices application;
+    SupportActions actions { { bundle, device, locale, application } };
+};
+
+TEST_F(SupportActionsTest, EachActionOpensItsOwnLinkOnce)
+{
+    actions.openOrvindoStorePage();
+    actions.openVelloquinStorePage();
+    actions.rateApp();
+
+    ASSERT_EQ(application.openedURLs.size(), 3u);
+    EXPECT_EQ(application.openedURLs[0], QUrl("https://apps.apple.com/app/id6739406291"));
+    EXPECT_EQ(application.openedURLs[1], QUrl("https://apps.apple.com/app/id6740219833"));
+    EXPECT_EQ(application.openedURLs[2], QUrl("https://apps.apple.com/app/id6742517203?action=write-review"));
+}
+
+TEST_F(SupportActionsTest, ShareAppPresentsTextThenLinkOnTheRootController)
+{
+    testing::FakeViewController &root = application.addWindowSceneWithRoot();
+    bundle.dictionary.insert(QStringLiteral("CFBundleName"), QStringLiteral("Brivanta"));
+
+    actions.shareApp();
+
+    ASSERT_EQ(root.presented.size(), 1u);
+    const auto &items = root.presented[0].sheet.activityItems;
+    ASSERT_EQ(items.size(), 2u);
+    EXPECT_TRUE(std::get<QString>(items[0]).startsWith(QString::fromUtf8("\xF0\x9F\x9A\x80 Check out Brivanta !")));
+    EXPECT_EQ(std::get<QUrl>(items[1]), QUrl("https://apps.apple.com/app/id6742517203"));
+}
+
+// Every entry of the shipped German catalogue is finished: a German locale never falls back to English.
+TEST(GermanTranslation, EveryLabelIsTranslated)
+{
+    QFile file(QStringLiteral(BRIVANTA_GERMAN_TS));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QXmlStreamReader xml(&file);
+    int messages = 0;
+    QString source;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (!xml.isStartElement())
+            continue;
+        if (xml.name() == QLatin1String("source")) {
+            source = xml.readElementText();
+        } else if (xml.name() == QLatin1String("translation")) {
+            ++messages;
+            const QString type = xml.attributes().value(QLatin1String("type")).toString();
+            EXPECT_TRUE(type.isEmpty()) << source.toStdString() << " is " << type.toStdString();
+            EXPECT_FALSE(xml.readElementText().isEmpty()) << source.toStdString();
+        }
+    }
+    EXPECT_FALSE(xml.hasError());
+    EXPECT_GE(messages, 39);
+
+    QTranslator translator;
+    ASSERT_TRUE(BrivantaApp::installTranslator(
+        *QCoreApplication::instance(), translator, QLocale(QLocale::German, QLocale::Germany)));
+    EXPECT_EQ(QCoreApplication::translate("OnboardingView", "Next"), "Weiter");
+    EXPECT_EQ(QCoreApplication::translate("MainView", "Blocking Score: %1%").arg(85), "Blockierquote: 85 %");
+    QCoreApplication::removeTranslator(&translator);
+
+    QTranslator english;
+    EXPECT_FALSE(BrivantaApp::installTranslator(
+        *QCoreApplication::instance(), english, QLocale(QLocale::English, QLocale::UnitedStates)));
+}
+
+} // namespace
+} // namespace brivanta

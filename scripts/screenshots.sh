@@ -7,8 +7,11 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+# BRIVANTA_BUILD_DIR: an already configured build directory to use instead of the default preset's.
 build_dir=${BRIVANTA_BUILD_DIR:-build/default}
-cmake --preset default >/dev/null
+if [ -z "${BRIVANTA_BUILD_DIR:-}" ]; then
+    cmake --preset default >/dev/null
+fi
 cmake --build "$build_dir" -j "$(nproc)" --target brivanta_screenshots
 
 output=docs/screenshots

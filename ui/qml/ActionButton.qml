@@ -86,7 +86,8 @@ Item {
             color: Theme.white
             font.pixelSize: Theme.body
             font.weight: Font.Bold
-            elide: Text.ElideRight
+            // Long translations wrap rather than lose their end.
+            wrapMode: Text.Wrap
             Layout.fillWidth: true
         }
     }

@@ -54,7 +54,7 @@ RowLayout {
                 text: button.title
                 color: button.foreground
                 font.pixelSize: Theme.title3
-                elide: Text.ElideRight
+                wrapMode: Text.Wrap
                 Layout.fillWidth: true
             }
         }

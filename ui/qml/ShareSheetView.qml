@@ -74,8 +74,11 @@ Popup {
             wrapMode: Text.WrapAnywhere
             Layout.fillWidth: true
         }
-        RowLayout {
-            spacing: Theme.spacing
+        // Side by side where there is room, one under the other on a phone.
+        GridLayout {
+            columns: sheet.width < 420 ? 1 : 3
+            rowSpacing: Theme.spacing
+            columnSpacing: Theme.spacing
             Layout.fillWidth: true
             Layout.topMargin: 4
 

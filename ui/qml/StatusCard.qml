@@ -37,6 +37,7 @@ Item {
             objectName: "statusTitleRow"
             spacing: 5
             Layout.alignment: Qt.AlignHCenter
+            Layout.maximumWidth: column.width - 2 * Theme.padding
             Layout.leftMargin: Theme.padding
             Layout.rightMargin: Theme.padding
 
@@ -50,11 +51,14 @@ Item {
             }
             ColumnLayout {
                 spacing: 5
+                Layout.fillWidth: true
                 Text {
                     text: qsTr("Ad Blocking Status")
                     color: Theme.white
                     font.pixelSize: Theme.title2
                     font.weight: Font.Bold
+                    wrapMode: Text.Wrap
+                    Layout.fillWidth: true
                 }
             }
         }

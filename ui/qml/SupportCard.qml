@@ -84,7 +84,7 @@ Item {
                     color: Theme.white
                     font.pixelSize: Theme.body
                     font.weight: Font.Bold
-                    elide: Text.ElideRight
+                    wrapMode: Text.Wrap
                     Layout.fillWidth: true
                 }
             }

@@ -124,7 +124,7 @@ Item {
                     text: qsTr("Test Ad Blocking")
                     color: Theme.white
                     font.pixelSize: Theme.body
-                    elide: Text.ElideRight
+                    wrapMode: Text.Wrap
                     Layout.fillWidth: true
                 }
             }

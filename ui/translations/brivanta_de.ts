@@ -128,7 +128,7 @@
     <name>StatusCard</name>
     <message>
         <source>Ad Blocking Status</source>
-        <translation>Status des Werbeblockers</translation>
+        <translation>Werbeblocker-Status</translation>
     </message>
     <message>
         <source>Enabled</source>

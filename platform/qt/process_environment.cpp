@@ -1,5 +1,6 @@
 #include "platform/qt/process_environment.h"
 
+#include <QString>
 #include <QtGlobal>
 
 namespace brivanta {

@@ -43,6 +43,8 @@ UiHarness::UiHarness()
 UiHarness::~UiHarness()
 {
     m_window.reset();
+    // The scene graph hands its textures to deleteLater; run those deletions before the next test.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 void UiHarness::start(QSize size)

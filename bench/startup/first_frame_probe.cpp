@@ -5,7 +5,8 @@
 //
 // Lines, on standard error:
 //   brivanta-probe app-constructed <ns>   the QCoreApplication exists (pre-routines run)
-//   brivanta-probe window-seen <ns>       first event to a QQuickWindow: the QML scene has been created
+//   brivanta-probe window-exposed <ns>    the window is first exposed: the scene is loaded and shown, its
+//                                         first frame not yet rendered
 //   brivanta-probe first-frame <ns>       first QQuickWindow::frameSwapped
 
 #include <QCoreApplication>
@@ -31,15 +32,17 @@ void report(const char *what)
     std::fflush(stderr);
 }
 
-// Finds the first Qt Quick window by the first event sent to it (always before it is exposed), then
-// leaves the event path alone.
+// Hooks the first Qt Quick window at the first event sent to it, then watches the event path only until
+// that window is exposed.
 class FirstFrameProbe : public QObject {
 public:
-    bool eventFilter(QObject *receiver, QEvent *) override
+    bool eventFilter(QObject *receiver, QEvent *event) override
     {
-        if (auto *window = qobject_cast<QQuickWindow *>(receiver)) {
-            QCoreApplication::instance()->removeEventFilter(this);
-            report("window-seen");
+        auto *window = qobject_cast<QQuickWindow *>(receiver);
+        if (!window || (m_window && window != m_window))
+            return false;
+        if (!m_window) {
+            m_window = window;
             // frameSwapped comes from the render thread under the threaded render loop.
             QObject::connect(window, &QQuickWindow::frameSwapped, window, [] {
                 static std::atomic_bool reported { false };
@@ -47,8 +50,15 @@ public:
                     report("first-frame");
             }, Qt::DirectConnection);
         }
+        if (event->type() == QEvent::Expose && window->isExposed()) {
+            report("window-exposed");
+            QCoreApplication::instance()->removeEventFilter(this);
+        }
         return false;
     }
+
+private:
+    QQuickWindow *m_window = nullptr;
 };
 
 void installProbe()

@@ -2,6 +2,7 @@
 
 #include "brivanta_build_config.h"
 #include "platform/qt/desktop_device.h"
+#include "ui/symbol_image_provider.h"
 
 #include <QQmlEngine>
 
@@ -13,6 +14,7 @@ ContentWindow::ContentWindow(const ViewServices::Objects &objects, QWindow *pare
     ViewServices::attach(*engine(), objects);
     // The module lives at the resource root (qrc:/Brivanta); Qt 6.4 does not look there by itself.
     engine()->addImportPath(QStringLiteral("qrc:/"));
+    engine()->addImageProvider(QLatin1String(SymbolImageProvider::providerId), new SymbolImageProvider);
     setTitle(QString::fromUtf8(build::appName));
     // The system background behind the screens, in the dark appearance their white texts are made for.
     setColor(Qt::black);

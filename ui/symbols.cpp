@@ -1,5 +1,7 @@
 #include "ui/symbols.h"
 
+#include "ui/symbol_image_provider.h"
+
 #include <QLoggingCategory>
 #include <array>
 #include <utility>
@@ -52,6 +54,15 @@ QUrl Symbols::source(const QString &name)
     }
     qWarning("No image for the symbol \"%s\"", qPrintable(name));
     return QUrl();
+}
+
+QUrl Symbols::image(const QString &name, const QColor &color)
+{
+    if (source(name).isEmpty())
+        return QUrl();
+    // HexArgb keeps the alpha; its '#' would start a URL fragment, so it is left out.
+    return QUrl(QStringLiteral("image://%1/%2/%3")
+                    .arg(QLatin1String(SymbolImageProvider::providerId), color.name(QColor::HexArgb).mid(1), name));
 }
 
 QStringList Symbols::names()

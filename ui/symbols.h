@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QObject>
 #include <QStringList>
 #include <QUrl>
@@ -20,6 +21,9 @@ public:
 
     // The image for the symbol; an empty URL (and a warning) for a name not in the table.
     Q_INVOKABLE static QUrl source(const QString &name);
+    // The symbol drawn in one colour, as an image URL of the "symbol" image provider; an empty URL (and
+    // a warning) for a name not in the table.
+    Q_INVOKABLE static QUrl image(const QString &name, const QColor &color);
     // Every name in the table.
     static QStringList names();
 };

@@ -3,6 +3,7 @@
 #include "support/launch_counter.h"
 
 #include <QQuickItem>
+#include <QQuickWindow>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -43,8 +44,14 @@ UiHarness::UiHarness()
 UiHarness::~UiHarness()
 {
     m_window.reset();
-    // The scene graph hands its textures to deleteLater; run those deletions before the next test.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    // The render loop's shared context frees the textures of destroyed images only at the end of its
+    // next frame; without one they would outlive the test (and be reported as leaks).
+    QQuickWindow flush;
+    flush.resize(1, 1);
+    flush.show();
+    if (QTest::qWaitForWindowExposed(&flush))
+        flush.grabWindow();
 }
 
 void UiHarness::start(QSize size)

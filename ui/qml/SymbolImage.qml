@@ -1,13 +1,13 @@
 import Brivanta
 import QtQuick
-import QtQuick.Controls.impl
 
-// A system symbol, drawn from its vendored SVG and tinted (no shader: the software renderer draws it too).
-IconImage {
+// A system symbol, drawn from its vendored SVG in one colour (painted into the image, so the software
+// renderer draws it too).
+Image {
     property string symbol
+    property color color: Theme.white
 
-    source: Symbols.source(symbol)
+    source: symbol ? Symbols.image(symbol, color) : ""
     sourceSize: Qt.size(width, height)
     fillMode: Image.PreserveAspectFit
-    color: Theme.white
 }

@@ -4,7 +4,6 @@
 
 #include <QFile>
 #include <QTemporaryDir>
-#include <atomic>
 #include <future>
 #include <gtest/gtest.h>
 #include <thread>
@@ -16,20 +15,16 @@ struct Outcome
 {
     std::optional<PlatformError> error;
     bool onCallingThread = true;
-    bool beforeCallReturned = true;
 };
 
 // Starts an operation and waits for its completion (the backend's worker runs it; nothing to drive).
 inline Outcome finish(const std::function<void(DNSSettingsManager::Completion)> &start)
 {
     std::promise<Outcome> promise;
-    std::atomic<bool> returned = false;
     const auto caller = std::this_thread::get_id();
     start([&](std::optional<PlatformError> error) {
-        promise.set_value(
-            Outcome { std::move(error), std::this_thread::get_id() == caller, !returned.load() });
+        promise.set_value(Outcome { std::move(error), std::this_thread::get_id() == caller });
     });
-    returned = true;
     return promise.get_future().get();
 }
 

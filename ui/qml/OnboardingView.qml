@@ -32,16 +32,21 @@ Item {
             Layout.fillWidth: true
             Layout.fillHeight: true
 
+            // Only the page in view and its neighbours exist, so that a swipe always finds the next one.
             Repeater {
                 model: root.pages.length
-                delegate: Item {
+                delegate: Loader {
+                    id: pageSlot
                     required property int index
 
-                    OnboardingPageView {
-                        page: root.pages[parent.index]
-                        anchors.centerIn: parent
-                        width: Math.min(parent.width - 2 * Theme.padding, 700)
-                        height: parent.height - 2 * Theme.padding
+                    active: SwipeView.isCurrentItem || SwipeView.isNextItem || SwipeView.isPreviousItem
+                    sourceComponent: Item {
+                        OnboardingPageView {
+                            page: root.pages[pageSlot.index]
+                            anchors.centerIn: parent
+                            width: Math.min(parent.width - 2 * Theme.padding, 700)
+                            height: parent.height - 2 * Theme.padding
+                        }
                     }
                 }
             }

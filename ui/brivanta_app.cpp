@@ -2,6 +2,7 @@
 
 #include "brivanta_build_config.h"
 #include "platform/linux/machine_info.h"
+#include "platform/qt/scene_graph_backend.h"
 #include "support/launch_counter.h"
 #include "support/store_links.h"
 #include "ui/content_window.h"
@@ -25,6 +26,8 @@ void BrivantaApp::configure()
     QFont font = QGuiApplication::font();
     font.setFamilies({ QStringLiteral("Inter"), font.family() });
     QGuiApplication::setFont(font);
+
+    chooseSceneGraphBackend();
 }
 
 bool BrivantaApp::installTranslator(QCoreApplication &application, QTranslator &translator, const QLocale &locale)

@@ -32,7 +32,8 @@ class BrivantaApp
 {
 public:
     // Application and organisation names and the version, from the build, and the text face. The names
-    // are the bundle's name and version and name the preferences store, so this comes first.
+    // are the bundle's name and version and name the preferences store, so this comes first. Also picks
+    // the software scene graph where OpenGL would run on the CPU.
     static void configure();
     // Installs the compiled translation for the locale's languages; false when there is none (English).
     static bool installTranslator(QCoreApplication &application, QTranslator &translator, const QLocale &locale);

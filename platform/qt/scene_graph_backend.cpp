@@ -1,0 +1,58 @@
+#include "platform/qt/scene_graph_backend.h"
+
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
+#include <QQuickWindow>
+#include <QtGlobal>
+
+namespace brivanta {
+
+QByteArray openGLRendererName()
+{
+    QOpenGLContext context;
+    if (!context.create())
+        return QByteArray();
+    QOffscreenSurface surface;
+    surface.setFormat(context.format());
+    surface.create();
+    if (!surface.isValid() || !context.makeCurrent(&surface))
+        return QByteArray();
+    const auto *name = reinterpret_cast<const char *>(context.functions()->glGetString(GL_RENDERER));
+    QByteArray renderer(name ? name : "");
+    context.doneCurrent();
+    return renderer;
+}
+
+bool isSoftwareRasterizer(QByteArrayView renderer)
+{
+    const QByteArray lower = renderer.toByteArray().toLower();
+    for (const char *name : { "llvmpipe", "softpipe", "software rasterizer", "swrast", "microsoft basic render" }) {
+        if (lower.contains(name))
+            return true;
+    }
+    // OpenSWR names itself "SWR (LLVM …)"; match the word, not the letters inside another name.
+    return lower.startsWith("swr ") || lower == "swr";
+}
+
+bool prefersSoftwareSceneGraph(bool userPickedBackend, QByteArrayView renderer)
+{
+    if (userPickedBackend)
+        return false;
+    return renderer.isEmpty() || isSoftwareRasterizer(renderer);
+}
+
+bool chooseSceneGraphBackend()
+{
+    // Without a GPU (virtual machines, Xvfb, remote sessions) OpenGL is a CPU rasterizer that JIT-compiles
+    // every shader on first use and runs the blur per frame on the CPU; Qt Quick's own software renderer
+    // draws this UI in a fraction of the time. The frosted glass and the shadows fall back to their plain
+    // tints there.
+    const bool userPicked = qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND");
+    if (!prefersSoftwareSceneGraph(userPicked, userPicked ? QByteArray() : openGLRendererName()))
+        return false;
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    return true;
+}
+
+} // namespace brivanta

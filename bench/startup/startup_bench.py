@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Start-up and memory of the application against a bare Qt Quick window.
 
-Launches the two programs alternately (the order flips every round) with the first-frame probe preloaded,
+Launches the programs in turn (each takes each place in the order) with the first-frame probe preloaded:
+the app as it starts, the app held to OpenGL (QSG_RHI_BACKEND=opengl; without a GPU the app otherwise picks
+Qt Quick's software renderer), and the bare window;
 first each launch with a fresh temporary HOME (first launches: the figures the targets apply to), then
 each program with one HOME kept across its launches (later launches, `warm_` lines), and measures:
   first frame: from just before the process is spawned to its first QQuickWindow::frameSwapped
@@ -39,7 +41,7 @@ def make_home():
     return home
 
 
-def run_once(executable, probe, settle, timeout, home=None):
+def run_once(executable, probe, settle, timeout, home=None, extra_env=None):
     """One launch. With home None, a fresh HOME made and removed for this launch alone."""
     fresh = home is None
     if fresh:
@@ -56,6 +58,7 @@ def run_once(executable, probe, settle, timeout, home=None):
         "SIMULATOR_DEVICE_NAME": "Brivanta start-up bench",
         "LD_PRELOAD": probe,
     })
+    env.update(extra_env or {})
     start = time.monotonic_ns()
     process = subprocess.Popen([executable], env=env, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
     try:
@@ -115,27 +118,39 @@ def main():
     if args.runs < 5:
         parser.error("--runs must be at least 5")
     probe = os.path.abspath(args.probe)
-    programs = {"app": os.path.abspath(args.app), "bare": os.path.abspath(args.bare)}
+    # The app as it starts (on a display without a GPU it picks Qt Quick's software renderer), the app
+    # held to OpenGL as the bare window is, and the bare window.
+    programs = {
+        "app": (os.path.abspath(args.app), {}),
+        "app_opengl": (os.path.abspath(args.app), {"QSG_RHI_BACKEND": "opengl"}),
+        "bare": (os.path.abspath(args.bare), {}),
+    }
+    names = list(programs)
+
+    def launch(name, home=None):
+        path, extra_env = programs[name]
+        return run_once(path, probe, args.settle, args.timeout, home, extra_env)
 
     def measure(homes):
-        samples = {"app": [], "bare": []}
+        samples = {name: [] for name in names}
         for round_index in range(args.runs):
-            order = ("app", "bare") if round_index % 2 == 0 else ("bare", "app")
-            for name in order:
-                samples[name].append(run_once(programs[name], probe, args.settle, args.timeout, homes[name]))
+            # Each program takes each place in the order in turn.
+            shift = round_index % len(names)
+            for name in names[shift:] + names[:shift]:
+                samples[name].append(launch(name, homes[name]))
         return samples
 
-    # One discarded round warms the page cache and the system's font cache for both.
-    for name in ("app", "bare"):
-        run_once(programs[name], probe, args.settle, args.timeout)
+    # One discarded round warms the page cache and the system's font cache for all.
+    for name in names:
+        launch(name)
     # First launches: a fresh HOME every time, so nothing the program caches for itself (compiled shaders,
     # QML caches) is there.
-    cold = measure({"app": None, "bare": None})
+    cold = measure({name: None for name in names})
     # Later launches: one HOME per program, kept from its discarded first launch on.
-    homes = {"app": make_home(), "bare": make_home()}
+    homes = {name: make_home() for name in names}
     try:
-        for name in ("app", "bare"):
-            run_once(programs[name], probe, args.settle, args.timeout, homes[name])
+        for name in names:
+            launch(name, homes[name])
         warm = measure(homes)
     finally:
         for home in homes.values():
@@ -161,8 +176,11 @@ def main():
         f"app_idle_rss_kib_median: {app_rss:.0f}",
         f"bare_idle_rss_kib_median: {bare_rss:.0f}",
         f"idle_rss_vs_bare_ratio: {rss_ratio:.2f}",
+        f"app_opengl_first_frame_ms_median: {median(cold, 'app_opengl', 'first_frame_ms'):.1f}",
+        f"app_opengl_first_frame_vs_bare_ratio: {median(cold, 'app_opengl', 'first_frame_ms') / bare_ff:.2f}",
+        f"app_opengl_idle_rss_vs_bare_ratio: {median(cold, 'app_opengl', 'rss_idle_kib') / bare_rss:.2f}",
     ]
-    for name in ("app", "bare"):
+    for name in names:
         lines += [
             f"{name}_first_frame_rss_kib_median: {median(cold, name, 'rss_first_frame_kib'):.0f}",
             f"{name}_spawn_to_qapplication_ms_median: {median(cold, name, 'to_app_object_ms'):.1f}",
@@ -180,8 +198,9 @@ def main():
         f"warm_app_idle_rss_kib_median: {warm_app_rss:.0f}",
         f"warm_bare_idle_rss_kib_median: {warm_bare_rss:.0f}",
         f"warm_idle_rss_vs_bare_ratio: {warm_app_rss / warm_bare_rss:.2f}",
+        f"warm_app_opengl_first_frame_vs_bare_ratio: {median(warm, 'app_opengl', 'first_frame_ms') / warm_bare_ff:.2f}",
     ]
-    for name in ("app", "bare"):
+    for name in names:
         lines += [
             f"warm_{name}_spawn_to_window_exposed_ms_median: {median(warm, name, 'to_exposed_ms'):.1f}",
             f"warm_{name}_first_frame_ms_runs: {series(warm, name, 'first_frame_ms', '{:.1f}')}",

@@ -84,11 +84,6 @@ public:
             n += s.operation == operation ? 1 : 0;
         return n;
     }
-    std::size_t pending() const
-    {
-        std::lock_guard lock(m_mutex);
-        return m_pending.size();
-    }
 
     // Completes the oldest pending call of that operation.
     void release(

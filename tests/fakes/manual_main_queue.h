@@ -14,43 +14,23 @@ namespace brivanta::testing {
 class ManualMainQueue final : public MainQueue
 {
 public:
-    struct Delayed
-    {
-        std::chrono::milliseconds delay;
-        std::function<void()> task;
-    };
-
     void async(std::function<void()> task) override
     {
         std::lock_guard lock(m_mutex);
         m_tasks.push_back(std::move(task));
     }
 
-    void asyncAfter(std::chrono::milliseconds delay, std::function<void()> task) override
+    // Nothing under test posts delayed work; a task that does is held and never run.
+    void asyncAfter(std::chrono::milliseconds, std::function<void()> task) override
     {
         std::lock_guard lock(m_mutex);
-        m_delayed.push_back({delay, std::move(task)});
+        m_delayed.push_back(std::move(task));
     }
 
     std::size_t pending() const
     {
         std::lock_guard lock(m_mutex);
         return m_tasks.size();
-    }
-
-    std::size_t pendingDelayed() const
-    {
-        std::lock_guard lock(m_mutex);
-        return m_delayed.size();
-    }
-
-    std::vector<std::chrono::milliseconds> delays() const
-    {
-        std::lock_guard lock(m_mutex);
-        std::vector<std::chrono::milliseconds> result;
-        for (const auto &d : m_delayed)
-            result.push_back(d.delay);
-        return result;
     }
 
     // Runs the oldest task; false when there was none.
@@ -77,23 +57,10 @@ public:
         return count;
     }
 
-    // Moves every delayed task to the queue as if its time had come, then runs everything.
-    int fireDelayed()
-    {
-        std::deque<Delayed> due;
-        {
-            std::lock_guard lock(m_mutex);
-            due.swap(m_delayed);
-            for (auto &d : due)
-                m_tasks.push_back(std::move(d.task));
-        }
-        return runAll();
-    }
-
 private:
     mutable std::mutex m_mutex;
     std::deque<std::function<void()>> m_tasks;
-    std::deque<Delayed> m_delayed;
+    std::vector<std::function<void()>> m_delayed;
 };
 
 } // namespace brivanta::testing

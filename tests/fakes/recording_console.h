@@ -7,7 +7,7 @@
 
 namespace brivanta::testing {
 
-// Keeps every line; an optional hook lets a test observe the moment a line is written.
+// Keeps every line, in order; lines may come from any thread.
 class RecordingConsole final : public Console
 {
 public:

@@ -42,14 +42,6 @@ protected:
         });
     }
 
-    // Saves successfully and runs the main-queue task, so the model has a flag set and a load under way.
-    void addAndSaveSuccessfully()
-    {
-        model->addNetworkSettings();
-        manager.release(Operation::Save);
-        mainQueue.runAll();
-    }
-
     FakeDNSSettingsManager manager;
     ManualMainQueue mainQueue;
     FakeEnvironment environment;
@@ -278,20 +270,6 @@ TEST(MainViewModelDeathTest, EmptyBuiltInListIsFatal)
 
 // Screen state
 
-TEST_F(MainViewModelTest, AddButtonFaceFollowsTheSavedFlag)
-{
-    EXPECT_FALSE(model->isBlockingEnabled());
-    EXPECT_FALSE(model->isSettingsAdded());
-    EXPECT_EQ(model->addButtonTitle(), QStringLiteral("Add Network Settings"));
-    EXPECT_EQ(model->addButtonSymbol(), QStringLiteral("network"));
-    EXPECT_TRUE(model->addButtonEnabled());
-
-    addAndSaveSuccessfully();
-    EXPECT_EQ(model->addButtonTitle(), QStringLiteral("Settings Added"));
-    EXPECT_EQ(model->addButtonSymbol(), QStringLiteral("checkmark.circle.fill"));
-    EXPECT_FALSE(model->addButtonEnabled());
-}
-
 TEST_F(MainViewModelTest, OnlyBecomingActiveRefreshes)
 {
     model->setScenePhase(MainViewModel::ScenePhase::Inactive);
@@ -349,48 +327,20 @@ TEST_F(MainViewModelTest, ResultsAndScoreOfTheTesterReachTheScreen)
     EXPECT_FALSE(rows[2].toMap().value(QStringLiteral("blocked")).toBool());
 }
 
-struct ScoreCase
+TEST(ScoreLineTest, ReadsThePercentageAndTurnsGreenFrom80)
 {
-    qint64 score;
-    const char *text;
-    bool good;
-    friend void PrintTo(const ScoreCase &c, std::ostream *os) { *os << c.score; }
-};
-
-class ScoreLineTest : public ::testing::TestWithParam<ScoreCase>
-{
-};
-
-TEST_P(ScoreLineTest, ReadsThePercentageAndTurnsGreenFrom80)
-{
-    EXPECT_EQ(MainViewModel::scoreTextFor(GetParam().score), QString::fromUtf8(GetParam().text));
-    EXPECT_EQ(MainViewModel::isScoreGoodFor(GetParam().score), GetParam().good);
-}
-
-INSTANTIATE_TEST_SUITE_P(Scores, ScoreLineTest,
-    ::testing::Values(ScoreCase { 0, "Blocking Score: 0%", false },
-        ScoreCase { 79, "Blocking Score: 79%", false }, ScoreCase { 80, "Blocking Score: 80%", true },
-        ScoreCase { 85, "Blocking Score: 85%", true }, ScoreCase { 100, "Blocking Score: 100%", true },
-        ScoreCase { 9223372036854775807, "Blocking Score: 9223372036854775807%", true }),
-    [](const auto &info) { return "Score" + std::to_string(info.param.score); });
-
-TEST(ResultRowsTest, SortedByKeyWithEverySchemeTextRemovedAndLabelled)
-{
-    const QVariantList rows = MainViewModel::resultRowsFor({
-        { QStringLiteral("https://b.test"), false },
-        { QStringLiteral("https://a.test/https://x"), true },
-        { QStringLiteral("plain.test"), true },
-    });
-    const QVariantList expected {
-        QVariantMap { { QStringLiteral("host"), QStringLiteral("a.test/x") },
-            { QStringLiteral("blocked"), true }, { QStringLiteral("label"), QStringLiteral("✅ Blocked") } },
-        QVariantMap { { QStringLiteral("host"), QStringLiteral("b.test") },
-            { QStringLiteral("blocked"), false },
-            { QStringLiteral("label"), QStringLiteral("❌ Not Blocked") } },
-        QVariantMap { { QStringLiteral("host"), QStringLiteral("plain.test") },
-            { QStringLiteral("blocked"), true }, { QStringLiteral("label"), QStringLiteral("✅ Blocked") } },
-    };
-    EXPECT_EQ(rows, expected);
+    const struct
+    {
+        qint64 score;
+        const char *text;
+        bool good;
+    } cases[] = { { 0, "Blocking Score: 0%", false }, { 79, "Blocking Score: 79%", false },
+        { 80, "Blocking Score: 80%", true }, { 100, "Blocking Score: 100%", true },
+        { 9223372036854775807, "Blocking Score: 9223372036854775807%", true } };
+    for (const auto &c : cases) {
+        EXPECT_EQ(MainViewModel::scoreTextFor(c.score), QString::fromUtf8(c.text));
+        EXPECT_EQ(MainViewModel::isScoreGoodFor(c.score), c.good) << c.score;
+    }
 }
 
 } // namespace

@@ -1,7 +1,5 @@
 #include "model/built_in_resolvers.h"
-#include "model/json_form.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <thread>
 #include <vector>
@@ -21,23 +19,6 @@ TEST(BuiltInResolvers, HoldOneHTTPSProfileWithTheEndpointAndNothingElse)
     EXPECT_EQ(profile.configuration,
         Configuration::dnsOverHTTPS(
             DoHConfiguration({}, QUrl(QStringLiteral("https://dns.nextdns.io/c7e091")))));
-}
-
-TEST(BuiltInResolvers, EncodeToTheExpectedShape)
-{
-    EXPECT_THAT(encodeJSON(builtInResolvers().front()).toStdString(),
-        ::testing::MatchesRegex(R"(\{"id":"[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}",)"
-                                R"("name":"","configuration":\{"base":"dnsOverHTTPS","dohConfiguration":)"
-                                R"(\{"servers":\[\],"serverURL":"https://dns.nextdns.io/c7e091"\}\},)"
-                                R"("onDemandRules":\[\]\})"));
-}
-
-TEST(BuiltInResolvers, EveryReadReturnsTheSameList)
-{
-    const std::vector<Resolver> &first = builtInResolvers();
-    const std::vector<Resolver> &second = builtInResolvers();
-    EXPECT_EQ(&first, &second);
-    EXPECT_EQ(first.front().id, second.front().id);
 }
 
 // The list must not be built yet when the threads reach it, so this runs in a fresh child process.

@@ -198,7 +198,8 @@ TEST(JSONDecoding, BaseSelectsThePayloadAndTheOtherKeyIsNeverRead)
 
 TEST(JSONDecoding, BaseMustBeOneOfTheTwoRawValues)
 {
-    for (const char *base : { R"("dot")", R"("doh")", R"("DNSOVERHTTPS")", R"("")", "1", "null" }) {
+    for (const char *base : { R"("dot")", R"("doh")", R"("DNSOVERHTTPS")", R"("dnsoverhttps")",
+             R"("dnsOverHTTPS ")", R"("")", "1", "null" }) {
         const std::string text = std::string(R"({"base":)") + base + R"(,"dohConfiguration":{"servers":[]}})";
         EXPECT_FALSE(decodeJSON<Configuration>(QByteArray::fromStdString(text))) << text;
     }

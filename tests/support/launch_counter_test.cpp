@@ -22,6 +22,7 @@ TEST(LaunchCounter, AsksForAReviewOnEveryFifthAppearanceInTheWindowScene)
 {
     FakePreferences preferences;
     FakeApplicationServices application;
+    // The prompt needs only the scene, not a window in it (windows matter to the share sheet).
     auto &scene = application.addScene<FakeWindowScene>();
 
     const std::vector<std::size_t> expectedRequests { 0, 0, 0, 0, 1, 1, 1, 1, 1, 2, 2 };
@@ -74,31 +75,6 @@ TEST_P(LaunchCounterWithoutUsableScene, StillCountsButRequestsNothing)
 
 INSTANTIATE_TEST_SUITE_P(
     , LaunchCounterWithoutUsableScene, ::testing::Values(Scenes::None, Scenes::OtherKindFirst));
-
-TEST(LaunchCounter, AWindowSceneWithoutWindowsStillGetsTheRequest)
-{
-    // The prompt needs only the scene; windows matter to the share sheet, not here.
-    FakePreferences preferences;
-    preferences.values.insert(QStringLiteral("launchCount"), qlonglong(4));
-    FakeApplicationServices application;
-    auto &scene = application.addScene<FakeWindowScene>();
-
-    incrementLaunchCount(preferences, application);
-
-    ASSERT_EQ(application.reviewRequests.size(), 1u);
-    EXPECT_EQ(application.reviewRequests.front(), &scene);
-}
-
-TEST(LaunchCounter, AStoredValueThatIsNotAnIntegerCountsAsZero)
-{
-    FakePreferences preferences;
-    preferences.values.insert(QStringLiteral("launchCount"), QStringLiteral("five"));
-    FakeApplicationServices application;
-
-    incrementLaunchCount(preferences, application);
-
-    EXPECT_EQ(preferences.values.value(QStringLiteral("launchCount")), QVariant(qlonglong(1)));
-}
 
 TEST(LaunchCounterDeathTest, OverflowOfTheCounterIsFatal)
 {

@@ -3,7 +3,6 @@
 #include "fakes/fake_bundle_info.h"
 #include "support/share_and_rate.h"
 
-#include <QUrlQuery>
 #include <gtest/gtest.h>
 
 namespace brivanta {
@@ -34,11 +33,6 @@ FakeBundleInfo bundleWith(QVariant name, QVariant version)
     if (version.isValid())
         bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), version);
     return bundle;
-}
-
-TEST(ShareText, BodyIsTheFixed166Bytes)
-{
-    EXPECT_EQ(shareBody.size(), 166);
 }
 
 struct ShareTextCase
@@ -164,7 +158,7 @@ TEST(ShareAppDeathTest, AStoreLinkThatDoesNotParseIsFatal)
     EXPECT_DEATH(shareApp(bundle, application, QStringLiteral("https://apps example.com/app/id1")), "");
 }
 
-TEST(RateApp, OpensTheReviewLinkWithExactlyOneQueryItem)
+TEST(RateApp, OpensTheReviewLink)
 {
     FakeApplicationServices application;
 
@@ -173,10 +167,6 @@ TEST(RateApp, OpensTheReviewLinkWithExactlyOneQueryItem)
     ASSERT_EQ(application.openedURLs.size(), 1u);
     const QUrl &url = application.openedURLs.front();
     EXPECT_EQ(url.toString(), expectedStorePage() + QStringLiteral("?action=write-review"));
-    const auto items = QUrlQuery(url).queryItems();
-    ASSERT_EQ(items.size(), 1);
-    EXPECT_EQ(items.front().first, QStringLiteral("action"));
-    EXPECT_EQ(items.front().second, QStringLiteral("write-review"));
 }
 
 TEST(RateApp, IgnoresALinkThatDoesNotParse)

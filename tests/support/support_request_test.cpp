@@ -6,6 +6,7 @@
 #include "support/percent_encoding.h"
 #include "support/support_request.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace brivanta {
@@ -17,9 +18,9 @@ using testing::FakeDevice;
 using testing::FakeLocaleInfo;
 
 // A German user on an iPhone.
-struct SupportRequestTest : ::testing::Test
+struct GermanUser
 {
-    SupportRequestTest()
+    GermanUser()
     {
         bundle.dictionary.insert(QStringLiteral("CFBundleName"), QStringLiteral("Brivanta"));
         bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.0"));
@@ -38,6 +39,10 @@ struct SupportRequestTest : ::testing::Test
     FakeBundleInfo bundle;
     FakeDevice device;
     FakeLocaleInfo locale;
+};
+
+struct SupportRequestTest : ::testing::Test, GermanUser
+{
 };
 
 constexpr const char *expectedBody
@@ -94,36 +99,36 @@ TEST_F(SupportRequestTest, MissingBundleValuesFallBack)
     EXPECT_TRUE(text.contains("\n- App Name: Unknown App\n- Version: Unknown Version\n\n"));
 }
 
-TEST_F(SupportRequestTest, NoPreferredLanguageNamesTheLanguageUnknown)
+TEST(SupportRequestDetails, LocaleFallBacksAndTheDeviceReachTheBody)
 {
-    locale.languages.clear();
-    EXPECT_TRUE(body().contains("\n- Language: Unknown\n- Country: Germany "));
-}
-
-TEST_F(SupportRequestTest, ALanguageWithoutAnEnglishNameIsUnknown)
-{
-    locale.languages = { QStringLiteral("xx-YY") };
-    EXPECT_TRUE(body().contains("\n- Language: Unknown\n"));
-}
-
-TEST_F(SupportRequestTest, NoRegionGivesUnknownAndTheWhiteFlag)
-{
-    locale.region.reset();
-    EXPECT_TRUE(body().contains("\n- Country: Unknown \xF0\x9F\x8F\xB3\xEF\xB8\x8F\n\n"));
-}
-
-TEST_F(SupportRequestTest, AThreeCharacterRegionKeepsItsNameWithTheWhiteFlag)
-{
-    locale.region = QStringLiteral("419");
-    EXPECT_TRUE(body().contains("\n- Country: Latin America \xF0\x9F\x8F\xB3\xEF\xB8\x8F\n\n"));
-}
-
-TEST_F(SupportRequestTest, TheOsVersionIsTheSystemNameAndVersion)
-{
-    device.modelName = QStringLiteral("ThinkPad X1 Carbon");
-    device.osName = QStringLiteral("Debian GNU/Linux");
-    device.osVersion = QStringLiteral("12");
-    EXPECT_TRUE(body().contains("\n- Model: ThinkPad X1 Carbon\n- OS Version: Debian GNU/Linux 12\n\n"));
+    const struct
+    {
+        const char *what;
+        std::function<void(GermanUser &)> change;
+        const char *line;
+    } cases[] = {
+        { "no preferred language", [](auto &t) { t.locale.languages.clear(); },
+            "\n- Language: Unknown\n- Country: Germany " },
+        { "language without an English name", [](auto &t) { t.locale.languages = { QStringLiteral("xx-YY") }; },
+            "\n- Language: Unknown\n" },
+        { "no region", [](auto &t) { t.locale.region.reset(); },
+            "\n- Country: Unknown \xF0\x9F\x8F\xB3\xEF\xB8\x8F\n\n" },
+        // A three-character region keeps its name but has no flag.
+        { "region 419", [](auto &t) { t.locale.region = QStringLiteral("419"); },
+            "\n- Country: Latin America \xF0\x9F\x8F\xB3\xEF\xB8\x8F\n\n" },
+        { "desktop device",
+            [](auto &t) {
+                t.device.modelName = QStringLiteral("ThinkPad X1 Carbon");
+                t.device.osName = QStringLiteral("Debian GNU/Linux");
+                t.device.osVersion = QStringLiteral("12");
+            },
+            "\n- Model: ThinkPad X1 Carbon\n- OS Version: Debian GNU/Linux 12\n\n" },
+    };
+    for (const auto &c : cases) {
+        GermanUser user;
+        c.change(user);
+        EXPECT_TRUE(user.body().contains(c.line)) << c.what << "\n" << user.body().toStdString();
+    }
 }
 
 TEST_F(SupportRequestTest, QueryDelimitersInValuesPassUnescaped)

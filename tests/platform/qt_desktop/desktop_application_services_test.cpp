@@ -6,7 +6,6 @@
 #include "platform/qt/desktop_share_sheet.h"
 #include "support/launch_counter.h"
 #include "support/share_and_rate.h"
-#include "url_recorder.h"
 
 #include <QWindow>
 #include <gtest/gtest.h>
@@ -16,7 +15,6 @@ namespace {
 
 using testing::FakeBundleInfo;
 using testing::FakePreferences;
-using testing::UrlRecorder;
 
 struct DesktopApplicationServicesTest : ::testing::Test
 {
@@ -71,18 +69,6 @@ TEST_F(DesktopApplicationServicesTest, ANarrowWindowSharesInAPlainSheet)
     EXPECT_FALSE(shareSheet.isPopover());
 }
 
-TEST_F(DesktopApplicationServicesTest, TheFifthAppearanceShowsTheRatingPrompt)
-{
-    QWindow window;
-    application.setWindow(&window);
-
-    for (int appearance = 1; appearance <= 4; ++appearance)
-        incrementLaunchCount(preferences, application);
-    EXPECT_FALSE(ratingPrompt.isVisible());
-    incrementLaunchCount(preferences, application);
-    EXPECT_TRUE(ratingPrompt.isVisible());
-}
-
 TEST_F(DesktopApplicationServicesTest, AClosedWindowLeavesNoScene)
 {
     auto window = std::make_unique<QWindow>();
@@ -92,16 +78,6 @@ TEST_F(DesktopApplicationServicesTest, AClosedWindowLeavesNoScene)
     EXPECT_TRUE(application.connectedScenes().empty());
     shareApp(bundle, application);
     EXPECT_FALSE(shareSheet.isVisible());
-}
-
-TEST_F(DesktopApplicationServicesTest, LinksGoToTheDesktop)
-{
-    UrlRecorder recorder;
-
-    rateApp(application);
-
-    ASSERT_EQ(recorder.opened.size(), 1u);
-    EXPECT_EQ(recorder.opened.front().query(), QStringLiteral("action=write-review"));
 }
 
 } // namespace

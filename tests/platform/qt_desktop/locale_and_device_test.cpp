@@ -13,45 +13,21 @@
 namespace brivanta {
 namespace {
 
-struct NameCase
+TEST(QtLocaleInfo, LanguageAndRegionNamesAreEnglishWithScriptAndRegionInParentheses)
 {
-    const char *code;
-    std::optional<QString> englishName;
-};
+    const std::pair<const char *, std::optional<QString>> languages[] = { { "de", QStringLiteral("German") },
+        { "de-DE", QStringLiteral("German (Germany)") }, { "pt_BR", QStringLiteral("Portuguese (Brazil)") },
+        { "es-419", QStringLiteral("Spanish (Latin America)") }, { "Unknown", std::nullopt },
+        { "", std::nullopt }, { "de-XX", std::nullopt } };
+    for (const auto &[code, name] : languages)
+        EXPECT_EQ(QtLocaleInfo().englishNameForLanguage(QString::fromUtf8(code)), name) << code;
 
-class LanguageNames : public ::testing::TestWithParam<NameCase>
-{
-};
-
-TEST_P(LanguageNames, AreEnglishWithScriptAndRegionInParentheses)
-{
-    EXPECT_EQ(
-        QtLocaleInfo().englishNameForLanguage(QString::fromUtf8(GetParam().code)), GetParam().englishName);
+    const std::pair<const char *, std::optional<QString>> regions[] = { { "DE", QStringLiteral("Germany") },
+        { "US", QStringLiteral("United States") }, { "419", QStringLiteral("Latin America") },
+        { "Unknown", std::nullopt }, { "", std::nullopt } };
+    for (const auto &[code, name] : regions)
+        EXPECT_EQ(QtLocaleInfo().englishNameForRegion(QString::fromUtf8(code)), name) << code;
 }
-
-INSTANTIATE_TEST_SUITE_P(, LanguageNames,
-    ::testing::Values(NameCase { "de", QStringLiteral("German") },
-        NameCase { "de-DE", QStringLiteral("German (Germany)") },
-        NameCase { "pt_BR", QStringLiteral("Portuguese (Brazil)") },
-        NameCase { "es-419", QStringLiteral("Spanish (Latin America)") },
-        NameCase { "Unknown", std::nullopt }, NameCase { "", std::nullopt },
-        NameCase { "de-XX", std::nullopt }));
-
-class RegionNames : public ::testing::TestWithParam<NameCase>
-{
-};
-
-TEST_P(RegionNames, AreEnglish)
-{
-    EXPECT_EQ(
-        QtLocaleInfo().englishNameForRegion(QString::fromUtf8(GetParam().code)), GetParam().englishName);
-}
-
-INSTANTIATE_TEST_SUITE_P(, RegionNames,
-    ::testing::Values(NameCase { "DE", QStringLiteral("Germany") },
-        NameCase { "US", QStringLiteral("United States") },
-        NameCase { "419", QStringLiteral("Latin America") }, NameCase { "Unknown", std::nullopt },
-        NameCase { "", std::nullopt }));
 
 TEST(QtLocaleInfo, PreferredLanguagesNeverNameTheCLocale)
 {

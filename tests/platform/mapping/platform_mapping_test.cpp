@@ -3,7 +3,6 @@
 
 #include <csignal>
 #include <gtest/gtest.h>
-#include <ostream>
 
 namespace brivanta {
 namespace {
@@ -37,31 +36,14 @@ TEST(DNSSettingsMapping, TLSPassesServersInOrderAndAnAbsentNameAsNil)
         NEDNSSettings(NEDNSOverHTTPSSettings { servers, std::nullopt }));
 }
 
-struct KindCase
+TEST(OnDemandRuleMapping, TheKindFollowsTheAction)
 {
-    qint64 action;
-    NEOnDemandRule::Kind kind;
-};
-
-void PrintTo(const KindCase &value, std::ostream *out)
-{
-    *out << "action " << value.action;
+    using Kind = NEOnDemandRule::Kind;
+    const std::pair<qint64, Kind> cases[] = { { 1, Kind::Connect }, { 2, Kind::Disconnect },
+        { 3, Kind::EvaluateConnection }, { 4, Kind::Ignore } };
+    for (const auto &[action, kind] : cases)
+        EXPECT_EQ(makeOnDemandRule(ruleWith(action, 0)).kind, kind) << "action " << action;
 }
-
-class RuleKind : public ::testing::TestWithParam<KindCase>
-{
-};
-
-TEST_P(RuleKind, FollowsTheAction)
-{
-    EXPECT_EQ(makeOnDemandRule(ruleWith(GetParam().action, 0)).kind, GetParam().kind);
-}
-
-INSTANTIATE_TEST_SUITE_P(Actions, RuleKind,
-    ::testing::Values(KindCase { 1, NEOnDemandRule::Kind::Connect },
-        KindCase { 2, NEOnDemandRule::Kind::Disconnect },
-        KindCase { 3, NEOnDemandRule::Kind::EvaluateConnection },
-        KindCase { 4, NEOnDemandRule::Kind::Ignore }));
 
 TEST(OnDemandRuleMapping, CellularRuleKeepsEverythingButTheSSIDList)
 {
@@ -71,37 +53,23 @@ TEST(OnDemandRuleMapping, CellularRuleKeepsEverythingButTheSSIDList)
     EXPECT_EQ(makeOnDemandRule(ruleWith(3, 3)), expected);
 }
 
-struct SSIDCase
+TEST(OnDemandRuleMapping, TheSSIDListIsSetOnlyForAnyAndWiFiEvenWhenEmpty)
 {
-    qint64 interfaceType;
-    QStringList ssids;
-    std::optional<QStringList> expected;
-};
-
-void PrintTo(const SSIDCase &value, std::ostream *out)
-{
-    *out << "interface type " << value.interfaceType << ", " << value.ssids.size() << " SSIDs";
+    const QStringList cafe { QStringLiteral("Cafe") };
+    const QStringList two { QStringLiteral("a"), QStringLiteral("b") };
+    const struct
+    {
+        qint64 interfaceType;
+        QStringList ssids;
+        std::optional<QStringList> expected;
+    } cases[] = { { 0, cafe, cafe }, { 2, {}, QStringList {} }, { 2, two, two }, { 1, cafe, std::nullopt },
+        { 3, {}, std::nullopt }, { 7, cafe, std::nullopt }, { -2, cafe, std::nullopt } };
+    for (const auto &c : cases) {
+        const NEOnDemandRule rule = makeOnDemandRule(ruleWith(1, c.interfaceType, c.ssids));
+        EXPECT_EQ(rule.interfaceTypeMatch, c.interfaceType);
+        EXPECT_EQ(rule.ssidMatch, c.expected) << "interface type " << c.interfaceType;
+    }
 }
-
-class SSIDList : public ::testing::TestWithParam<SSIDCase>
-{
-};
-
-TEST_P(SSIDList, IsSetOnlyForAnyAndWiFiEvenWhenEmpty)
-{
-    const NEOnDemandRule rule = makeOnDemandRule(ruleWith(1, GetParam().interfaceType, GetParam().ssids));
-    EXPECT_EQ(rule.interfaceTypeMatch, GetParam().interfaceType);
-    EXPECT_EQ(rule.ssidMatch, GetParam().expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(InterfaceTypes, SSIDList,
-    ::testing::Values(SSIDCase { 0, { QStringLiteral("Cafe") }, QStringList { QStringLiteral("Cafe") } },
-        SSIDCase { 2, {}, QStringList {} },
-        SSIDCase { 2, { QStringLiteral("a"), QStringLiteral("b") },
-            QStringList { QStringLiteral("a"), QStringLiteral("b") } },
-        SSIDCase { 1, { QStringLiteral("Cafe") }, std::nullopt }, SSIDCase { 3, {}, std::nullopt },
-        SSIDCase { 7, { QStringLiteral("Cafe") }, std::nullopt },
-        SSIDCase { -2, { QStringLiteral("Cafe") }, std::nullopt }));
 
 TEST(OnDemandRuleMapping, EmptyListsStayEmptyListsAndAbsentProbeStaysAbsent)
 {
@@ -113,15 +81,9 @@ TEST(OnDemandRuleMapping, EmptyListsStayEmptyListsAndAbsentProbeStaysAbsent)
 
 TEST(OnDemandRuleMapping, RulesKeepTheirCountAndOrder)
 {
-    const std::vector<NEOnDemandRule> rules
-        = makeOnDemandRules({ ruleWith(4, 3), ruleWith(1, 2), ruleWith(2, 1) });
-    ASSERT_EQ(rules.size(), 3u);
-    EXPECT_EQ(rules[0].kind, NEOnDemandRule::Kind::Ignore);
-    EXPECT_EQ(rules[0].interfaceTypeMatch, 3);
-    EXPECT_EQ(rules[1].kind, NEOnDemandRule::Kind::Connect);
-    EXPECT_EQ(rules[1].interfaceTypeMatch, 2);
-    EXPECT_EQ(rules[2].kind, NEOnDemandRule::Kind::Disconnect);
-    EXPECT_EQ(rules[2].interfaceTypeMatch, 1);
+    const std::vector<OnDemandRule> rules { ruleWith(4, 3), ruleWith(1, 2), ruleWith(2, 1) };
+    EXPECT_EQ(makeOnDemandRules(rules),
+        (std::vector { makeOnDemandRule(rules[0]), makeOnDemandRule(rules[1]), makeOnDemandRule(rules[2]) }));
 }
 
 class UnknownAction : public ::testing::TestWithParam<qint64>

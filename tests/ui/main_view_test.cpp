@@ -65,52 +65,24 @@ TEST_F(MainViewTest, TheSeventeenElementsInOrder)
     EXPECT_DOUBLE_EQ(divider->height(), 1);
 }
 
-struct StatusCase
+// Below 744 points wide the phone layout, from 744 the tablet's; resizing across the line switches it.
+TEST_F(MainViewTest, StatusCardPillAndAddButtonFollowTheIdiomAcrossTheTabletWidth)
 {
-    QSize size;
-    double factor;
-};
-
-void PrintTo(const StatusCase &c, std::ostream *out)
-{
-    *out << c.size.width() << "x" << c.size.height();
-}
-
-class StatusCardSize : public MainViewTest, public ::testing::WithParamInterface<StatusCase>
-{
-};
-
-TEST_P(StatusCardSize, FrameAndPillFollowTheWidthTable)
-{
-    const StatusCase &c = GetParam();
-    start(c.size);
-
-    QQuickItem *card = harness.item("statusCard");
-    EXPECT_DOUBLE_EQ(card->width(), c.size.width() * c.factor);
-    EXPECT_DOUBLE_EQ(card->height(), 180);
-    const double cardCentre = card->mapToScene(QPointF(card->width() / 2, 0)).x();
-    EXPECT_NEAR(cardCentre, c.size.width() / 2.0, 0.5);
-
-    QQuickItem *row = harness.item("statusPillRow");
-    QQuickItem *pill = harness.item("statusPill");
-    EXPECT_DOUBLE_EQ(pill->width(), row->width() * c.factor);
-    EXPECT_DOUBLE_EQ(pill->height(), 50);
-}
-
-INSTANTIATE_TEST_SUITE_P(Idioms, StatusCardSize,
-    ::testing::Values(StatusCase { QSize(393, 852), 0.9 }, StatusCase { QSize(1024, 1366), 0.4 }),
-    [](const auto &info) { return info.index == 0 ? "Phone" : "Tablet"; });
-
-TEST_F(MainViewTest, ResizingAcrossTheTabletWidthSwitchesTheLayout)
-{
+    const auto expectLayout = [this](double width, double factor, double buttonWidth) {
+        SCOPED_TRACE(width);
+        QQuickItem *card = harness.item("statusCard");
+        EXPECT_DOUBLE_EQ(card->width(), width * factor);
+        EXPECT_DOUBLE_EQ(card->height(), 180);
+        EXPECT_NEAR(card->mapToScene(QPointF(card->width() / 2, 0)).x(), width / 2, 0.5);
+        EXPECT_DOUBLE_EQ(harness.item("statusPill")->width(), harness.item("statusPillRow")->width() * factor);
+        EXPECT_DOUBLE_EQ(harness.item("statusPill")->height(), 50);
+        EXPECT_DOUBLE_EQ(harness.item("addButton")->width(), buttonWidth);
+    };
     start(QSize(743, 900));
-    EXPECT_DOUBLE_EQ(harness.item("statusCard")->width(), 743 * 0.9);
-    EXPECT_DOUBLE_EQ(harness.item("addButton")->width(), 300);
+    expectLayout(743, 0.9, 300);
 
     harness.resize(QSize(744, 900));
-
-    EXPECT_DOUBLE_EQ(harness.item("statusCard")->width(), 744 * 0.4);
-    EXPECT_DOUBLE_EQ(harness.item("addButton")->width(), 400);
+    expectLayout(744, 0.4, 400);
 }
 
 TEST_F(MainViewTest, StatusCardShowsTheStateInItsColours)

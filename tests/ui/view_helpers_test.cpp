@@ -57,40 +57,25 @@ TEST(OnboardingPageTableDeathTest, ReadingOutsideTheTableIsFatal)
     EXPECT_DEATH(onboardingPage(onboardingPages(), -1), "");
 }
 
-struct ButtonCase
+TEST(OnboardingButtonRule, TitleAndPress)
 {
-    int currentPage;
-    int pageCount;
-    const char *title;
-    int pageAfterPress; // -1: the onboarding ends
-};
-
-void PrintTo(const ButtonCase &c, std::ostream *out)
-{
-    *out << "page " << c.currentPage << " of " << c.pageCount;
-}
-
-class OnboardingButtonRule : public ::testing::TestWithParam<ButtonCase>
-{
-};
-
-TEST_P(OnboardingButtonRule, TitleAndPress)
-{
-    const ButtonCase &c = GetParam();
-    EXPECT_EQ(OnboardingPages::buttonTitle(c.currentPage, c.pageCount), QLatin1String(c.title));
-    EXPECT_EQ(OnboardingPages::pageAfterPress(c.currentPage, c.pageCount), c.pageAfterPress);
-}
-
-INSTANTIATE_TEST_SUITE_P(Pages, OnboardingButtonRule,
-    ::testing::Values(ButtonCase { 0, 9, "Next", 1 }, ButtonCase { 7, 9, "Next", 8 },
-        ButtonCase { 8, 9, "Get Started", -1 },
+    const struct
+    {
+        int currentPage;
+        int pageCount;
+        const char *title;
+        int pageAfterPress; // -1: the onboarding ends
+    } cases[] = { { 0, 9, "Next", 1 }, { 7, 9, "Next", 8 }, { 8, 9, "Get Started", -1 },
         // Past the end (the pager never gets there): labelled "Next", yet a press ends the onboarding.
-        ButtonCase { 9, 9, "Next", -1 },
+        { 9, 9, "Next", -1 },
         // A one-page table starts on its last page.
-        ButtonCase { 0, 1, "Get Started", -1 }),
-    [](const auto &info) {
-        return "Page" + std::to_string(info.param.currentPage) + "Of" + std::to_string(info.param.pageCount);
-    });
+        { 0, 1, "Get Started", -1 } };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(::testing::Message() << "page " << c.currentPage << " of " << c.pageCount);
+        EXPECT_EQ(OnboardingPages::buttonTitle(c.currentPage, c.pageCount), QLatin1String(c.title));
+        EXPECT_EQ(OnboardingPages::pageAfterPress(c.currentPage, c.pageCount), c.pageAfterPress);
+    }
+}
 
 TEST(InstructionStepsTable, FourStepsWithNumberedSymbols)
 {
@@ -197,47 +182,14 @@ TEST(EmojiRuns, EmojiRunsGetTheEmojiFontAndTheRestIsEscaped)
     EXPECT_EQ(EmojiText::richText(QStringLiteral("plain - text")), QStringLiteral("plain - text"));
 }
 
-struct PhaseCase
+TEST(ScenePhaseMapping, FollowsTheApplicationState)
 {
-    Qt::ApplicationState state;
-    MainViewModel::ScenePhase phase;
-};
-
-void PrintTo(const PhaseCase &c, std::ostream *out)
-{
-    *out << "state " << int(c.state);
+    using Phase = MainViewModel::ScenePhase;
+    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationActive), Phase::Active);
+    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationInactive), Phase::Inactive);
+    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationHidden), Phase::Background);
+    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationSuspended), Phase::Background);
 }
-
-std::string stateName(const ::testing::TestParamInfo<PhaseCase> &info)
-{
-    switch (info.param.state) {
-    case Qt::ApplicationActive:
-        return "Active";
-    case Qt::ApplicationInactive:
-        return "Inactive";
-    case Qt::ApplicationHidden:
-        return "Hidden";
-    case Qt::ApplicationSuspended:
-        break;
-    }
-    return "Suspended";
-}
-
-class ScenePhaseMapping : public ::testing::TestWithParam<PhaseCase>
-{
-};
-
-TEST_P(ScenePhaseMapping, FollowsTheApplicationState)
-{
-    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(GetParam().state), GetParam().phase);
-}
-
-INSTANTIATE_TEST_SUITE_P(States, ScenePhaseMapping,
-    ::testing::Values(PhaseCase { Qt::ApplicationActive, MainViewModel::ScenePhase::Active },
-        PhaseCase { Qt::ApplicationInactive, MainViewModel::ScenePhase::Inactive },
-        PhaseCase { Qt::ApplicationHidden, MainViewModel::ScenePhase::Background },
-        PhaseCase { Qt::ApplicationSuspended, MainViewModel::ScenePhase::Background }),
-    stateName);
 
 struct SupportActionsTest : ::testing::Test
 {
@@ -258,20 +210,6 @@ TEST_F(SupportActionsTest, EachActionOpensItsOwnLinkOnce)
     EXPECT_EQ(application.openedURLs[0], QUrl("https://apps.apple.com/app/id6739406291"));
     EXPECT_EQ(application.openedURLs[1], QUrl("https://apps.apple.com/app/id6740219833"));
     EXPECT_EQ(application.openedURLs[2], QUrl("https://apps.apple.com/app/id6742517203?action=write-review"));
-}
-
-TEST_F(SupportActionsTest, ShareAppPresentsTextThenLinkOnTheRootController)
-{
-    testing::FakeViewController &root = application.addWindowSceneWithRoot();
-    bundle.dictionary.insert(QStringLiteral("CFBundleName"), QStringLiteral("Brivanta"));
-
-    actions.shareApp();
-
-    ASSERT_EQ(root.presented.size(), 1u);
-    const auto &items = root.presented[0].sheet.activityItems;
-    ASSERT_EQ(items.size(), 2u);
-    EXPECT_TRUE(std::get<QString>(items[0]).startsWith(QString::fromUtf8("\xF0\x9F\x9A\x80 Check out Brivanta !")));
-    EXPECT_EQ(std::get<QUrl>(items[1]), QUrl("https://apps.apple.com/app/id6742517203"));
 }
 
 // Every entry of the shipped German catalogue is finished: a German locale never falls back to English.

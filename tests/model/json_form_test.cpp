@@ -90,68 +90,52 @@ TEST(JSONDecoding, ReadsKeysByNameInAnyOrderAndIgnoresUnknownKeys)
             Configuration::dnsOverTLS(DoTConfiguration({ QStringLiteral("x") }))));
 }
 
-TEST(JSONDecoding, MissingOrNullRulesGiveAnEmptyList)
+// The text with the key renamed to an unknown one, and with its value replaced by null.
+std::pair<QByteArray, QByteArray> missingAndNull(const std::string &text, const std::string &key)
 {
-    for (const char *rules : { R"("onDemandRules":[])", R"("onDemandRules":null)" }) {
-        const QByteArray text = replaced(profileJSON, R"("onDemandRules":[RULE])", rules);
+    const std::string pattern = "\"" + key + "\":";
+    const size_t at = text.find(pattern);
+    EXPECT_NE(at, std::string::npos) << key;
+    if (at == std::string::npos)
+        return {};
+    std::string renamed = text;
+    std::string nulled = text;
+    renamed.replace(at, pattern.size(), "\"unknown\":");
+    nulled.insert(at + pattern.size(), "null,\"unknown\":");
+    return { QByteArray::fromStdString(renamed), QByteArray::fromStdString(nulled) };
+}
+
+// Also shows that missingAndNull() makes texts that decode, so the failures below are the keys' doing.
+TEST(JSONDecoding, OptionalKeysMayBeMissingOrNull)
+{
+    const auto [noRules, nullRules] = missingAndNull(profileWithRule(ruleJSON).toStdString(), "onDemandRules");
+    for (const QByteArray &text : { noRules, nullRules, replaced(profileJSON, "[RULE]", "[]") }) {
         const auto decoded = decodeJSON<Resolver>(text);
         ASSERT_TRUE(decoded) << text.toStdString();
         EXPECT_TRUE(decoded->onDemandRules.empty());
     }
-    const QByteArray withoutKey = replaced(profileJSON, R"(,"onDemandRules":[RULE])", "");
-    ASSERT_TRUE(decodeJSON<Resolver>(withoutKey));
-    EXPECT_TRUE(decodeJSON<Resolver>(withoutKey)->onDemandRules.empty());
-}
-
-class ProfileKey : public ::testing::TestWithParam<const char *>
-{
-};
-
-TEST_P(ProfileKey, IsRequiredAndMayNotBeNull)
-{
-    const std::string key = GetParam();
-    const std::string pattern = "\"" + key + "\":";
-    std::string text = profileWithRule(ruleJSON).toStdString();
-    const size_t at = text.find(pattern);
-    ASSERT_NE(at, std::string::npos);
-    EXPECT_FALSE(decodeJSON<Resolver>(
-        QByteArray::fromStdString(std::string(text).replace(at, key.size() + 2, "\"x\":"))));
-    EXPECT_FALSE(
-        decodeJSON<Resolver>(QByteArray::fromStdString(text.insert(at + pattern.size(), "null,\"y\":"))));
-}
-
-INSTANTIATE_TEST_SUITE_P(Resolver, ProfileKey, ::testing::Values("id", "name", "configuration"));
-
-class RuleKey : public ::testing::TestWithParam<const char *>
-{
-};
-
-// Every rule key but probeURL must be present and not null, even those the constructor defaults.
-TEST_P(RuleKey, IsRequiredAndMayNotBeNull)
-{
-    const std::string key = GetParam();
-    const std::string pattern = "\"" + key + "\":";
-    std::string rule(ruleJSON);
-    const size_t at = rule.find(pattern);
-    ASSERT_NE(at, std::string::npos);
-    const std::string renamed = std::string(rule).replace(at, key.size() + 2, "\"unknown\":");
-    const std::string nulled = rule.insert(at + pattern.size(), "null,\"unknown\":");
-    EXPECT_FALSE(decodeJSON<OnDemandRule>(QByteArray::fromStdString(renamed)));
-    EXPECT_FALSE(decodeJSON<OnDemandRule>(QByteArray::fromStdString(nulled)));
-    EXPECT_FALSE(decodeJSON<Resolver>(profileWithRule(QByteArray::fromStdString(renamed))));
-}
-
-INSTANTIATE_TEST_SUITE_P(OnDemandRule, RuleKey,
-    ::testing::Values("id", "name", "action", "interfaceType", "ssidMatch", "dnsSearchDomainMatch",
-        "dnsServerAddressMatch"));
-
-TEST(JSONDecoding, ProbeURLMayBeMissingOrNull)
-{
-    for (const char *probe : { "", R"(,"probeURL":null)" }) {
-        const auto rule = decodeJSON<OnDemandRule>(
-            replaced(ruleJSON, R"(,"probeURL":"https://probe.example/ok")", probe));
-        ASSERT_TRUE(rule) << probe;
+    const auto [noProbe, nullProbe] = missingAndNull(ruleJSON, "probeURL");
+    for (const QByteArray &text : { noProbe, nullProbe }) {
+        const auto rule = decodeJSON<OnDemandRule>(text);
+        ASSERT_TRUE(rule) << text.toStdString();
         EXPECT_FALSE(rule->probeURL);
+    }
+}
+
+TEST(JSONDecoding, RequiredKeysMayBeNeitherMissingNorNull)
+{
+    for (const char *key : { "id", "name", "configuration" }) {
+        const auto [missing, null] = missingAndNull(profileWithRule(ruleJSON).toStdString(), key);
+        EXPECT_FALSE(decodeJSON<Resolver>(missing)) << key;
+        EXPECT_FALSE(decodeJSON<Resolver>(null)) << key;
+    }
+    // Every rule key but probeURL, even those the constructor defaults.
+    for (const char *key : { "id", "name", "action", "interfaceType", "ssidMatch", "dnsSearchDomainMatch",
+             "dnsServerAddressMatch" }) {
+        const auto [missing, null] = missingAndNull(ruleJSON, key);
+        EXPECT_FALSE(decodeJSON<OnDemandRule>(missing)) << key;
+        EXPECT_FALSE(decodeJSON<OnDemandRule>(null)) << key;
+        EXPECT_FALSE(decodeJSON<Resolver>(profileWithRule(missing))) << key;
     }
 }
 
@@ -170,21 +154,16 @@ TEST(JSONDecoding, UnknownEnumerationIntegersAreKept)
     EXPECT_EQ(decodeJSON<NEOnDemandRuleAction>("-0")->rawValue, 0);
 }
 
-class NonIntegerEnumeration : public ::testing::TestWithParam<const char *>
+TEST(JSONDecoding, EnumerationsMustBe64BitIntegers)
 {
-};
-
-TEST_P(NonIntegerEnumeration, FailsToDecode)
-{
-    EXPECT_FALSE(decodeJSON<NEOnDemandRuleAction>(GetParam()));
-    EXPECT_FALSE(decodeJSON<NEOnDemandRuleInterfaceType>(GetParam()));
-    EXPECT_FALSE(decodeJSON<OnDemandRule>(
-        replaced(ruleJSON, R"("action":1)", std::string("\"action\":") + GetParam())));
+    for (const char *value : { "1.5", "1.0", "1e2", R"("1")", "true", "null", "[1]", "{}", "9223372036854775808",
+             "18446744073709551615", "99999999999999999999999" }) {
+        EXPECT_FALSE(decodeJSON<NEOnDemandRuleAction>(value)) << value;
+        EXPECT_FALSE(decodeJSON<NEOnDemandRuleInterfaceType>(value)) << value;
+        EXPECT_FALSE(decodeJSON<OnDemandRule>(replaced(ruleJSON, R"("action":1)", std::string("\"action\":") + value)))
+            << value;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Values, NonIntegerEnumeration,
-    ::testing::Values("1.5", "1.0", "1e2", R"("1")", "true", "null", "[1]", "{}", "9223372036854775808",
-        "18446744073709551615", "99999999999999999999999"));
 
 TEST(JSONDecoding, BaseSelectsThePayloadAndTheOtherKeyIsNeverRead)
 {
@@ -217,54 +196,40 @@ TEST(JSONDecoding, ServerListsAreRequiredAndOptionalTextsMayBeNull)
         DoTConfiguration({ QStringLiteral("a") }));
 }
 
-class UUIDText : public ::testing::TestWithParam<std::pair<const char *, bool>>
+TEST(JSONDecoding, OnlyTheBare36CharacterUUIDFormIsAccepted)
 {
-};
-
-TEST_P(UUIDText, OnlyTheBare36CharacterFormIsAccepted)
-{
-    const auto [uuid, accepted] = GetParam();
-    const auto rule = decodeJSON<OnDemandRule>(
-        replaced(ruleJSON, R"("A0000000-0000-4000-8000-00000000000B")", std::string("\"") + uuid + "\""));
-    EXPECT_EQ(rule.has_value(), accepted);
-    if (rule) {
-        EXPECT_EQ(rule->id, QUuid::fromString(QLatin1StringView(uuid)));
+    const std::pair<const char *, bool> cases[] = { { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4d", true },
+        { "A0B1C2D3-E4F5-4A6B-8C7D-9E0F1A2B3C4D", true }, { "a0B1c2D3-e4F5-4a6B-8c7D-9e0F1a2B3c4D", true },
+        { "00000000-0000-0000-0000-000000000000", true }, { "{a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4d}", false },
+        { "a0b1c2d3e4f54a6b8c7d9e0f1a2b3c4d", false }, { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4d0", false },
+        { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4", false }, { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4g", false },
+        { " a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4", false }, { "a0b1c2d3e-4f5-4a6b-8c7d-9e0f1a2b3c4d", false },
+        { "urn:uuid:a0b1c2d3-e4f5-4a6b-8c7d-9e0f", false }, { "", false } };
+    for (const auto &[uuid, accepted] : cases) {
+        const auto rule = decodeJSON<OnDemandRule>(
+            replaced(ruleJSON, R"("A0000000-0000-4000-8000-00000000000B")", std::string("\"") + uuid + "\""));
+        EXPECT_EQ(rule.has_value(), accepted) << uuid;
+        if (rule) {
+            EXPECT_EQ(rule->id, QUuid::fromString(QLatin1StringView(uuid)));
+        }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Forms, UUIDText,
-    ::testing::Values(std::pair { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4d", true },
-        std::pair { "A0B1C2D3-E4F5-4A6B-8C7D-9E0F1A2B3C4D", true },
-        std::pair { "a0B1c2D3-e4F5-4a6B-8c7D-9e0F1a2B3c4D", true },
-        std::pair { "00000000-0000-0000-0000-000000000000", true },
-        std::pair { "{a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4d}", false },
-        std::pair { "a0b1c2d3e4f54a6b8c7d9e0f1a2b3c4d", false },
-        std::pair { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4d0", false },
-        std::pair { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4", false },
-        std::pair { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4g", false },
-        std::pair { " a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4", false },
-        std::pair { "a0b1c2d3e-4f5-4a6b-8c7d-9e0f1a2b3c4d", false },
-        std::pair { "urn:uuid:a0b1c2d3-e4f5-4a6b-8c7d-9e0f", false }, std::pair { "", false }));
-
-class URLText : public ::testing::TestWithParam<std::pair<const char *, bool>>
+TEST(JSONDecoding, URLTextsTheParserRejectsFail)
 {
-};
-
-TEST_P(URLText, TextsTheParserRejectsFail)
-{
-    const auto [url, accepted] = GetParam();
-    const auto rule = decodeJSON<OnDemandRule>(
-        replaced(ruleJSON, R"("https://probe.example/ok")", std::string("\"") + url + "\""));
-    EXPECT_EQ(rule.has_value(), accepted) << url;
+    const std::pair<const char *, bool> cases[] = { { "https://dns.example/c7e091", true },
+        { "https://[::1]:8443/q?a=b#c", true }, { "relative/path", true }, { "", false }, { " ", false },
+        { "https://bad host/", false }, { "https://dns.example/a b", false }, { " https://dns.example/", false },
+        { "https://dns.example/%zz", false }, { "https://dns.example/\\\"", false },
+        { "https://dns.example/\\n", false } };
+    for (const auto &[url, accepted] : cases) {
+        EXPECT_EQ(decodeJSON<OnDemandRule>(
+                      replaced(ruleJSON, R"("https://probe.example/ok")", std::string("\"") + url + "\""))
+                      .has_value(),
+            accepted)
+            << url;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Forms, URLText,
-    ::testing::Values(std::pair { "https://dns.example/c7e091", true },
-        std::pair { "https://[::1]:8443/q?a=b#c", true }, std::pair { "relative/path", true },
-        std::pair { "", false }, std::pair { " ", false }, std::pair { "https://bad host/", false },
-        std::pair { "https://dns.example/a b", false }, std::pair { " https://dns.example/", false },
-        std::pair { "https://dns.example/%zz", false }, std::pair { "https://dns.example/\\\"", false },
-        std::pair { "https://dns.example/\\n", false }));
 
 TEST(JSONDecoding, MalformedTextAndBadUTF8GiveNoValue)
 {

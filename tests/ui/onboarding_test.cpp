@@ -68,50 +68,36 @@ TEST_F(OnboardingTest, SwipingMovesBetweenPagesAndNeverEndsTheOnboarding)
     EXPECT_TRUE(mainScreenShown());
 }
 
-struct IdiomCase
+TEST(OnboardingIdiom, SizesFollowTheIdiom)
 {
-    QSize size;
-    double buttonMaximum;
-    double sideMargin;
-    double symbolSize;
-    const char *visibleLayout;
-};
+    const struct
+    {
+        QSize size;
+        double buttonMaximum;
+        double sideMargin;
+        double symbolSize;
+        const char *visibleLayout;
+    } cases[] = { { ContentWindow::phoneSize, 300, 20, 100, "phonePageLayout" },
+        { ContentWindow::tabletSize, 400, 80, 150, "tabletPageLayout" } };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.visibleLayout);
+        UiHarness harness;
+        harness.start(c.size);
 
-void PrintTo(const IdiomCase &c, std::ostream *out)
-{
-    *out << c.size.width() << "x" << c.size.height();
+        EXPECT_DOUBLE_EQ(harness.item("onboardingButton")->width(), c.buttonMaximum);
+        QQuickItem *pager = harness.item("onboardingPager");
+        EXPECT_DOUBLE_EQ(pager->mapToScene(QPointF(0, 0)).x(), c.sideMargin);
+        EXPECT_DOUBLE_EQ(pager->width(), c.size.width() - 2 * c.sideMargin);
+
+        QQuickItem *layout = harness.item(c.visibleLayout);
+        ASSERT_TRUE(layout->isVisible());
+        QQuickItem *symbol = layout->childItems().first();
+        EXPECT_DOUBLE_EQ(symbol->width(), c.symbolSize);
+        EXPECT_DOUBLE_EQ(symbol->height(), c.symbolSize);
+        // Pages are at most 700 wide (after the page's own padding).
+        EXPECT_LE(layout->parentItem()->width(), 700);
+    }
 }
-
-class OnboardingIdiom : public ::testing::TestWithParam<IdiomCase>
-{
-protected:
-    UiHarness harness;
-};
-
-TEST_P(OnboardingIdiom, SizesFollowTheIdiom)
-{
-    const IdiomCase &c = GetParam();
-    harness.start(c.size);
-
-    QQuickItem *button = harness.item("onboardingButton");
-    EXPECT_DOUBLE_EQ(button->width(), c.buttonMaximum);
-    QQuickItem *pager = harness.item("onboardingPager");
-    EXPECT_DOUBLE_EQ(pager->mapToScene(QPointF(0, 0)).x(), c.sideMargin);
-    EXPECT_DOUBLE_EQ(pager->width(), c.size.width() - 2 * c.sideMargin);
-
-    QQuickItem *layout = harness.item(c.visibleLayout);
-    ASSERT_TRUE(layout->isVisible());
-    QQuickItem *symbol = layout->childItems().first();
-    EXPECT_DOUBLE_EQ(symbol->width(), c.symbolSize);
-    EXPECT_DOUBLE_EQ(symbol->height(), c.symbolSize);
-    // Pages are at most 700 wide (after the page's own padding).
-    EXPECT_LE(layout->parentItem()->width(), 700);
-}
-
-INSTANTIATE_TEST_SUITE_P(Idioms, OnboardingIdiom,
-    ::testing::Values(IdiomCase { QSize(393, 852), 300, 20, 100, "phonePageLayout" },
-        IdiomCase { QSize(1024, 1366), 400, 80, 150, "tabletPageLayout" }),
-    [](const auto &info) { return info.index == 0 ? "Phone" : "Tablet"; });
 
 } // namespace
 } // namespace brivanta

@@ -49,7 +49,6 @@ public:
 
     // Makes the model and the window at the given size and shows it.
     void start(QSize size = ContentWindow::phoneSize);
-    MainViewModel &model() { return *m_model; }
     ContentWindow &window() { return *m_window; }
 
     // Lays out and renders once, so that geometry is current.

@@ -42,6 +42,14 @@ protected:
         });
     }
 
+    // Saves successfully and runs the main-queue task, so the model has a flag set and a load under way.
+    void addAndSaveSuccessfully()
+    {
+        model->addNetworkSettings();
+        manager.release(Operation::Save);
+        mainQueue.runAll();
+    }
+
     FakeDNSSettingsManager manager;
     ManualMainQueue mainQueue;
     FakeEnvironment environment;
@@ -270,6 +278,18 @@ TEST(MainViewModelDeathTest, EmptyBuiltInListIsFatal)
 
 // Screen state
 
+TEST_F(MainViewModelTest, AddButtonFaceFollowsTheSavedFlag)
+{
+    EXPECT_EQ(model->addButtonTitle(), QStringLiteral("Add Network Settings"));
+    EXPECT_EQ(model->addButtonSymbol(), QStringLiteral("network"));
+    EXPECT_TRUE(model->addButtonEnabled());
+
+    addAndSaveSuccessfully();
+    EXPECT_EQ(model->addButtonTitle(), QStringLiteral("Settings Added"));
+    EXPECT_EQ(model->addButtonSymbol(), QStringLiteral("checkmark.circle.fill"));
+    EXPECT_FALSE(model->addButtonEnabled());
+}
+
 TEST_F(MainViewModelTest, OnlyBecomingActiveRefreshes)
 {
     model->setScenePhase(MainViewModel::ScenePhase::Inactive);
@@ -341,6 +361,25 @@ TEST(ScoreLineTest, ReadsThePercentageAndTurnsGreenFrom80)
         EXPECT_EQ(MainViewModel::scoreTextFor(c.score), QString::fromUtf8(c.text));
         EXPECT_EQ(MainViewModel::isScoreGoodFor(c.score), c.good) << c.score;
     }
+}
+
+TEST(ResultRowsTest, SortedByKeyWithEverySchemeTextRemovedAndLabelled)
+{
+    const QVariantList rows = MainViewModel::resultRowsFor({
+        { QStringLiteral("https://b.test"), false },
+        { QStringLiteral("https://a.test/https://x"), true },
+        { QStringLiteral("plain.test"), true },
+    });
+    const QVariantList expected {
+        QVariantMap { { QStringLiteral("host"), QStringLiteral("a.test/x") },
+            { QStringLiteral("blocked"), true }, { QStringLiteral("label"), QStringLiteral("✅ Blocked") } },
+        QVariantMap { { QStringLiteral("host"), QStringLiteral("b.test") },
+            { QStringLiteral("blocked"), false },
+            { QStringLiteral("label"), QStringLiteral("❌ Not Blocked") } },
+        QVariantMap { { QStringLiteral("host"), QStringLiteral("plain.test") },
+            { QStringLiteral("blocked"), true }, { QStringLiteral("label"), QStringLiteral("✅ Blocked") } },
+    };
+    EXPECT_EQ(rows, expected);
 }
 
 } // namespace

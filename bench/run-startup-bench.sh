@@ -14,8 +14,8 @@ cmake --build "$build" -j "$(nproc)" --target brivanta brivanta_bare_window briv
 
 mkdir -p bench/results
 {
-    echo "# bench/run-startup-bench.sh, $(date -u +%Y-%m-%dT%H:%MZ), $(nproc) CPU(s), Qt $(qtpaths6 --qt-version 2>/dev/null || echo '?'), Xvfb 1280x1024x24"
-    xvfb-run -a -s "-screen 0 1280x1024x24" python3 bench/startup/startup_bench.py \
+    echo "# bench/run-startup-bench.sh, $(date -u +%Y-%m-%dT%H:%MZ), $(nproc) CPU(s), Qt $(qtpaths6 --qt-version 2>/dev/null || echo '?'), Xvfb 1280x1024x24 -noreset"
+    xvfb-run -a -s "-screen 0 1280x1024x24 -noreset" python3 bench/startup/startup_bench.py \
         --app "$build/ui/brivanta" \
         --bare "$build/bench/startup/brivanta_bare_window" \
         --probe "$build/bench/startup/libbrivanta_first_frame_probe.so" "$@"

@@ -13,8 +13,9 @@ SymbolImageProvider::SymbolImageProvider()
 
 QImage SymbolImageProvider::requestImage(const QString &id, QSize *size, const QSize &requestedSize)
 {
+    constexpr qsizetype argbDigits = 8;
     const qsizetype slash = id.indexOf(QLatin1Char('/'));
-    if (slash != 8)
+    if (slash != argbDigits)
         return QImage();
     const QColor color = QColor::fromString(QLatin1Char('#') + id.left(slash));
     const QUrl file = Symbols::source(id.mid(slash + 1));
@@ -37,7 +38,7 @@ QImage SymbolImageProvider::requestImage(const QString &id, QSize *size, const Q
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    QSizeF drawn = QSizeF(natural).scaled(QSizeF(target), Qt::KeepAspectRatio);
+    const QSizeF drawn = QSizeF(natural).scaled(QSizeF(target), Qt::KeepAspectRatio);
     renderer.render(&painter,
         QRectF(QPointF((target.width() - drawn.width()) / 2, (target.height() - drawn.height()) / 2), drawn));
     // Keep the drawing's coverage, replace its colour.

@@ -20,7 +20,7 @@ public:
     using QObject::QObject;
 
     // The image for the symbol; an empty URL (and a warning) for a name not in the table.
-    Q_INVOKABLE static QUrl source(const QString &name);
+    static QUrl source(const QString &name);
     // The symbol drawn in one colour, as an image URL of the "symbol" image provider; an empty URL (and
     // a warning) for a name not in the table.
     Q_INVOKABLE static QUrl image(const QString &name, const QColor &color);

@@ -42,17 +42,16 @@ bool prefersSoftwareSceneGraph(bool userPickedBackend, QByteArrayView renderer)
     return renderer.isEmpty() || isSoftwareRasterizer(renderer);
 }
 
-bool chooseSceneGraphBackend()
+void chooseSceneGraphBackend()
 {
     // Without a GPU (virtual machines, Xvfb, remote sessions) OpenGL is a CPU rasterizer that JIT-compiles
     // every shader on first use and runs the blur per frame on the CPU; Qt Quick's own software renderer
     // draws this UI in a fraction of the time. The frosted glass and the shadows fall back to their plain
     // tints there.
-    const bool userPicked = qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND");
-    if (!prefersSoftwareSceneGraph(userPicked, userPicked ? QByteArray() : openGLRendererName()))
-        return false;
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-    return true;
+    if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND"))
+        return; // the user's choice, and no need to probe OpenGL
+    if (prefersSoftwareSceneGraph(false, openGLRendererName()))
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
 } // namespace brivanta

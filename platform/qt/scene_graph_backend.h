@@ -19,7 +19,7 @@ bool isSoftwareRasterizer(QByteArrayView renderer);
 bool prefersSoftwareSceneGraph(bool userPickedBackend, QByteArrayView renderer);
 
 // Applies that choice for the windows made from now on; call after the QGuiApplication and before
-// the first Qt Quick window. True when it chose the software renderer.
-bool chooseSceneGraphBackend();
+// the first Qt Quick window.
+void chooseSceneGraphBackend();
 
 } // namespace brivanta

@@ -9,6 +9,7 @@ packages=(
     qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev qt6-5compat-dev
     qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libgl-dev
     nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev
+    libcurl4-openssl-dev libsystemd-dev
     # run: QML modules, platform plugins, SVG icons, fonts
     qt6-qpa-plugins qt6-image-formats-plugins libqt6svg6
     qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript qml6-module-qtquick
@@ -17,6 +18,8 @@ packages=(
     fonts-noto-color-emoji fonts-dejavu-core fonts-inter
     # tests, benchmarks, screenshots, packaging checks
     xvfb xauth xdotool curl desktop-file-utils appstream
+    # the forwarder's tests: a local DNS-over-HTTPS server, certificates, namespaces
+    unbound openssl iproute2 util-linux
     x11-apps python3
 )
 
@@ -34,5 +37,12 @@ if [ "$(id -u)" -ne 0 ]; then
     sudo="sudo"
 fi
 export DEBIAN_FRONTEND=noninteractive
+# Packaged services (unbound's) must not start on a build machine: a temporary policy-rc.d forbids it.
+policy=""
+if [ ! -e /usr/sbin/policy-rc.d ]; then
+    policy=/usr/sbin/policy-rc.d
+    printf '#!/bin/sh\nexit 101\n' | $sudo tee "$policy" >/dev/null && $sudo chmod 755 "$policy"
+    trap '$sudo rm -f "$policy"' EXIT
+fi
 $sudo apt-get update -qq
 $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -4,8 +4,8 @@
 
 #include <QNetworkDatagram>
 #include <QRandomGenerator>
-#include <QtEndian>
 #include <QStringList>
+#include <QtEndian>
 #include <algorithm>
 
 namespace brivanta {
@@ -22,7 +22,8 @@ QString toString(const HostPort &server)
     const QString address = server.address.protocol() == QAbstractSocket::IPv6Protocol
         ? QLatin1Char('[') + server.address.toString() + QLatin1Char(']')
         : server.address.toString();
-    return server.port == 53 ? server.address.toString() : address + QLatin1Char(':') + QString::number(server.port);
+    return server.port == 53 ? server.address.toString()
+                             : address + QLatin1Char(':') + QString::number(server.port);
 }
 
 BootstrapResolver::BootstrapResolver(std::chrono::milliseconds perServerTimeout, QObject *parent)
@@ -66,7 +67,8 @@ void BootstrapResolver::askNext()
             tried << toString(server);
         finish(Result { {}, {},
             tried.isEmpty() ? QStringLiteral("no server to resolve %1 through").arg(m_host)
-                            : QStringLiteral("could not resolve %1 through %2").arg(m_host, tried.join(QLatin1String(", "))) });
+                            : QStringLiteral("could not resolve %1 through %2")
+                                  .arg(m_host, tried.join(QLatin1String(", "))) });
         return;
     }
     const HostPort server = m_servers[m_next++];

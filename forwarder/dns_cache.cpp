@@ -14,10 +14,10 @@ constexpr std::size_t entryOverhead = 160;
 DnsCache::DnsCache(std::size_t maxEntries, std::size_t maxBytes)
     : m_maxEntries(maxEntries)
     , m_maxBytes(maxBytes)
-{
-}
+{ }
 
-void DnsCache::insert(const CacheKey &key, QByteArray response, const ResponseInfo &info, Clock::time_point now)
+void DnsCache::insert(
+    const CacheKey &key, QByteArray response, const ResponseInfo &info, Clock::time_point now)
 {
     if (!info.cacheTtl || *info.cacheTtl == 0 || m_maxEntries == 0)
         return;
@@ -30,7 +30,8 @@ void DnsCache::insert(const CacheKey &key, QByteArray response, const ResponseIn
     while (!m_lru.empty() && (m_index.size() >= m_maxEntries || m_bytes + cost > m_maxBytes))
         erase(std::prev(m_lru.end()));
     const quint32 ttl = std::min(*info.cacheTtl, maximumTtl);
-    m_lru.push_front(Entry { key, std::move(response), info.ttlOffsets, now, now + std::chrono::seconds(ttl), cost });
+    m_lru.push_front(
+        Entry { key, std::move(response), info.ttlOffsets, now, now + std::chrono::seconds(ttl), cost });
     m_index.emplace(key, m_lru.begin());
     m_bytes += cost;
 }

@@ -1,7 +1,6 @@
 #include "forwarder/dns_message.h"
 
 #include <QList>
-
 #include <algorithm>
 
 namespace brivanta::dns {
@@ -145,8 +144,8 @@ QByteArray replyHeader(const Query &query, quint16 extraFlags, RCode rcode, quin
     out.reserve(headerSize + query.question.name.size() + 4 + 16 + 11);
     put16(out, query.id);
     put16(out,
-        quint16(flagQR | flagRA | (query.recursionDesired ? flagRD : 0) | (query.checkingDisabled ? flagCD : 0)
-            | extraFlags | quint16(rcode)));
+        quint16(flagQR | flagRA | (query.recursionDesired ? flagRD : 0)
+            | (query.checkingDisabled ? flagCD : 0) | extraFlags | quint16(rcode)));
     put16(out, 1);
     put16(out, answers);
     put16(out, 0);

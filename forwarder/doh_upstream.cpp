@@ -1,10 +1,9 @@
 #include "forwarder/doh_upstream.h"
 
 #include <QLoggingCategory>
-#include <curl/curl.h>
-
 #include <algorithm>
 #include <cstring>
+#include <curl/curl.h>
 
 #ifdef __linux__
 #include <linux/netlink.h>
@@ -86,15 +85,9 @@ public:
         curl_multi_cleanup(m_multi);
     }
 
-    void add(CURL *easy)
-    {
-        curl_multi_add_handle(m_multi, easy);
-    }
+    void add(CURL *easy) { curl_multi_add_handle(m_multi, easy); }
 
-    void remove(CURL *easy)
-    {
-        curl_multi_remove_handle(m_multi, easy);
-    }
+    void remove(CURL *easy) { curl_multi_remove_handle(m_multi, easy); }
 
 private:
     struct Watch
@@ -113,8 +106,8 @@ private:
             return 0;
         }
         Watch &watch = self->m_watches[socket];
-        const auto ensure = [&](std::unique_ptr<QSocketNotifier> &notifier, QSocketNotifier::Type type, int flag,
-                                bool wanted) {
+        const auto ensure = [&](std::unique_ptr<QSocketNotifier> &notifier, QSocketNotifier::Type type,
+                                int flag, bool wanted) {
             if (!wanted) {
                 if (notifier)
                     notifier->setEnabled(false);
@@ -127,7 +120,8 @@ private:
             }
             notifier->setEnabled(true);
         };
-        ensure(watch.read, QSocketNotifier::Read, CURL_CSELECT_IN, what == CURL_POLL_IN || what == CURL_POLL_INOUT);
+        ensure(watch.read, QSocketNotifier::Read, CURL_CSELECT_IN,
+            what == CURL_POLL_IN || what == CURL_POLL_INOUT);
         ensure(watch.write, QSocketNotifier::Write, CURL_CSELECT_OUT,
             what == CURL_POLL_OUT || what == CURL_POLL_INOUT);
         return 0;
@@ -267,10 +261,11 @@ void DohUpstream::onBootstrapped(BootstrapResolver::Result result)
     QStringList addresses;
     for (const QHostAddress &address : result.addresses) {
         addresses << (address.protocol() == QAbstractSocket::IPv6Protocol
-                          ? QLatin1Char('[') + address.toString() + QLatin1Char(']')
-                          : address.toString());
+                ? QLatin1Char('[') + address.toString() + QLatin1Char(']')
+                : address.toString());
     }
-    const QByteArray entry = QStringLiteral("%1:%2:%3").arg(m_host).arg(m_port).arg(addresses.join(QLatin1Char(','))).toLatin1();
+    const QByteArray entry
+        = QStringLiteral("%1:%2:%3").arg(m_host).arg(m_port).arg(addresses.join(QLatin1Char(','))).toLatin1();
     const bool changed = !m_resolve->list || entry != QByteArray(m_resolve->list->data);
     if (changed) {
         m_resolve = std::make_unique<SList>();

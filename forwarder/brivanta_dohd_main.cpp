@@ -1,0 +1,246 @@
+// brivanta-dohd: plain DNS in on one address (UDP and TCP), DNS-over-HTTPS out to one endpoint.
+// Run by systemd with its sockets (brivanta-dohd.socket), or by hand: --listen and --upstream.
+
+#include "forwarder/dns_server.h"
+#include "forwarder/doh_upstream.h"
+#include "forwarder/forwarder.h"
+#include "forwarder/forwarder_config.h"
+#include "forwarder/health_state.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <QSocketNotifier>
+#include <arpa/inet.h>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <grp.h>
+#include <netinet/in.h>
+#include <pwd.h>
+#include <sys/signalfd.h>
+#include <systemd/sd-daemon.h>
+#include <unistd.h>
+
+using namespace brivanta;
+
+namespace {
+
+constexpr int exitConfig = 2;
+constexpr int exitRuntime = 1;
+
+int fail(int code, const QString &line)
+{
+    std::fprintf(stderr, "brivanta-dohd: %s\n", qPrintable(line));
+    return code;
+}
+
+const char usage[]
+    = "Usage: brivanta-dohd [--config FILE] [--listen IP:PORT] [--upstream URL] [--bootstrap LIST]\n"
+      "                     [--ca FILE] [--resolve HOST:PORT:ADDRESS] [--state-dir DIR] [--user NAME]\n"
+      "                     [--check-config]\n"
+      "Serves plain DNS on the listen address (UDP and TCP) and forwards every query over\n"
+      "DNS-over-HTTPS to the endpoint; never to any other resolver. See brivanta's README.\n";
+
+sockaddr_storage toSockaddr(const HostPort &where, socklen_t &length)
+{
+    sockaddr_storage storage {};
+    if (where.address.protocol() == QAbstractSocket::IPv6Protocol) {
+        auto *in6 = reinterpret_cast<sockaddr_in6 *>(&storage);
+        in6->sin6_family = AF_INET6;
+        in6->sin6_port = htons(where.port);
+        const Q_IPV6ADDR bytes = where.address.toIPv6Address();
+        std::memcpy(&in6->sin6_addr, bytes.c, 16);
+        length = sizeof *in6;
+    } else {
+        auto *in4 = reinterpret_cast<sockaddr_in *>(&storage);
+        in4->sin_family = AF_INET;
+        in4->sin_port = htons(where.port);
+        in4->sin_addr.s_addr = htonl(where.address.toIPv4Address());
+        length = sizeof *in4;
+    }
+    return storage;
+}
+
+int bindSocket(const HostPort &where, int type, QString &error)
+{
+    socklen_t length = 0;
+    const sockaddr_storage address = toSockaddr(where, length);
+    const int fd = ::socket(address.ss_family, type | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    const int one = 1;
+    if (fd < 0 || ::setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &one, sizeof one) != 0
+        || ::bind(fd, reinterpret_cast<const sockaddr *>(&address), length) != 0
+        || (type == SOCK_STREAM && ::listen(fd, 128) != 0)) {
+        error = QStringLiteral("cannot listen on %1 (%2): %3")
+                    .arg(toString(where).contains(QLatin1Char(':')) ? toString(where)
+                                                                    : toString(where) + QStringLiteral(":53"),
+                        QLatin1String(type == SOCK_STREAM ? "TCP" : "UDP"),
+                        QString::fromLocal8Bit(std::strerror(errno)));
+        if (fd >= 0)
+            ::close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+// Sockets from systemd (LISTEN_FDS), if it passed any.
+bool activatedSockets(int &udpFd, int &tcpFd)
+{
+    const int count = sd_listen_fds(1);
+    for (int fd = SD_LISTEN_FDS_START; fd < SD_LISTEN_FDS_START + std::max(count, 0); ++fd) {
+        if (sd_is_socket(fd, AF_UNSPEC, SOCK_DGRAM, -1) > 0)
+            udpFd = fd;
+        else if (sd_is_socket(fd, AF_UNSPEC, SOCK_STREAM, 1) > 0)
+            tcpFd = fd;
+        ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
+    }
+    return count > 0;
+}
+
+std::optional<QString> dropPrivileges(const QString &user, const QString &stateDir)
+{
+    const passwd *entry = ::getpwnam(user.toLocal8Bit().constData());
+    if (!entry)
+        return QStringLiteral("no user named %1").arg(user);
+    if (::chown(QFile::encodeName(stateDir).constData(), entry->pw_uid, entry->pw_gid) != 0)
+        return QStringLiteral("cannot hand %1 to %2: %3")
+            .arg(stateDir, user, QString::fromLocal8Bit(std::strerror(errno)));
+    if (::setgroups(0, nullptr) != 0 || ::setgid(entry->pw_gid) != 0 || ::setuid(entry->pw_uid) != 0)
+        return QStringLiteral("cannot become %1: %2").arg(user, QString::fromLocal8Bit(std::strerror(errno)));
+    if (::setuid(0) == 0)
+        return QStringLiteral("could regain root after becoming %1").arg(user);
+    return std::nullopt;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // Signals arrive through a signalfd on the event loop; block them before any thread exists.
+    sigset_t blocked;
+    sigemptyset(&blocked);
+    for (int s : { SIGTERM, SIGINT, SIGHUP })
+        sigaddset(&blocked, s);
+    pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("brivanta-dohd"));
+    const QStringList args = QCoreApplication::arguments().mid(1);
+
+    ForwarderConfig config;
+    QString configPath;
+    QString user;
+    bool checkOnly = false;
+    std::vector<std::pair<QString, QString>> overrides;
+    static const std::pair<const char *, const char *> optionKeys[] = {
+        { "--listen", "listen" },
+        { "--upstream", "endpoint" },
+        { "--bootstrap", "bootstrap" },
+        { "--ca", "ca-file" },
+        { "--resolve", "resolve" },
+        { "--state-dir", "state-dir" },
+    };
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString &arg = args[i];
+        if (arg == QLatin1String("--help") || arg == QLatin1String("-h")) {
+            std::fputs(usage, stdout);
+            return 0;
+        }
+        if (arg == QLatin1String("--check-config")) {
+            checkOnly = true;
+            continue;
+        }
+        if (i + 1 >= args.size())
+            return fail(exitConfig, QStringLiteral("%1 needs a value (see --help)").arg(arg));
+        const QString value = args[++i];
+        if (arg == QLatin1String("--config")) {
+            configPath = value;
+        } else if (arg == QLatin1String("--user")) {
+            user = value;
+        } else {
+            const auto *key = std::find_if(std::begin(optionKeys), std::end(optionKeys),
+                [&](const auto &option) { return arg == QLatin1String(option.first); });
+            if (key == std::end(optionKeys))
+                return fail(exitConfig, QStringLiteral("unknown option %1 (see --help)").arg(arg));
+            overrides.emplace_back(QString::fromLatin1(key->second), value);
+        }
+    }
+    if (!configPath.isEmpty()) {
+        if (auto error = config.readFile(configPath))
+            return fail(exitConfig, *error);
+        const QString local = QFileInfo(configPath).dir().filePath(QStringLiteral("dohd.local.conf"));
+        if (QFileInfo::exists(local)) {
+            if (auto error = config.readFile(local))
+                return fail(exitConfig, *error);
+        }
+    }
+    for (const auto &[key, value] : overrides) {
+        if (auto error = config.set(key, value))
+            return fail(exitConfig, *error);
+    }
+    if (auto error = config.check())
+        return fail(exitConfig, *error);
+    if (checkOnly)
+        return 0;
+
+    int udpFd = -1;
+    int tcpFd = -1;
+    if (!activatedSockets(udpFd, tcpFd)) {
+        QString error;
+        udpFd = bindSocket(config.listen, SOCK_DGRAM, error);
+        if (udpFd >= 0)
+            tcpFd = bindSocket(config.listen, SOCK_STREAM, error);
+        if (tcpFd < 0)
+            return fail(exitRuntime, error);
+    }
+    if (!QDir().mkpath(config.stateDir))
+        return fail(exitRuntime, QStringLiteral("cannot create %1").arg(config.stateDir));
+    if (!user.isEmpty() && ::geteuid() == 0) {
+        if (auto error = dropPrivileges(user, config.stateDir))
+            return fail(exitRuntime, *error);
+    }
+
+    UpstreamSettings settings;
+    settings.endpoint = config.endpoint;
+    settings.bootstrap = config.bootstrap;
+    settings.bootstrap.insert(
+        settings.bootstrap.end(), config.fallbackBootstrap.begin(), config.fallbackBootstrap.end());
+    settings.pins = config.pins;
+    settings.caFile = config.caFile;
+    const QString listen = toString(config.listen).contains(QLatin1Char(':'))
+        ? toString(config.listen)
+        : toString(config.listen) + QStringLiteral(":53");
+    HealthState health(config.stateDir, config.endpoint.toString(), listen);
+    DohUpstream upstream(settings);
+    QObject::connect(&upstream, &DohUpstream::succeeded, &health, &HealthState::upstreamSucceeded);
+    QObject::connect(&upstream, &DohUpstream::failed, &health, &HealthState::upstreamFailed);
+    Forwarder forwarder(
+        upstream, health, config.endpoint.host().toLatin1(), config.cacheEntries, config.cacheBytes);
+    DnsServer server(forwarder, udpFd, tcpFd);
+    if (!health.writeNow())
+        return fail(exitRuntime, QStringLiteral("cannot write %1").arg(health.path()));
+
+    const int signalFd = ::signalfd(-1, &blocked, SFD_NONBLOCK | SFD_CLOEXEC);
+    QSocketNotifier signalNotifier(signalFd, QSocketNotifier::Read);
+    QObject::connect(&signalNotifier, &QSocketNotifier::activated, [&] {
+        signalfd_siginfo info;
+        while (::read(signalFd, &info, sizeof info) == sizeof info) {
+            if (info.ssi_signo == SIGHUP) {
+                // Told that the network changed: nothing learnt on the old one is trusted.
+                forwarder.clearCache();
+                upstream.reset();
+            } else {
+                sd_notify(0, "STOPPING=1");
+                QCoreApplication::quit();
+            }
+        }
+    });
+
+    sd_notifyf(
+        0, "READY=1\nSTATUS=Forwarding %s to %s", qPrintable(listen), qPrintable(config.endpoint.toString()));
+    return app.exec();
+}

@@ -92,19 +92,20 @@ DnsServer::DnsServer(Forwarder &forwarder, int udpFd, int tcpFd, QObject *parent
         connect(m_tcpNotifier.get(), &QSocketNotifier::activated, this, &DnsServer::acceptTcp);
     }
     m_outgoing.reserve(batchSize);
+    // Left uninitialised: only the pages datagrams are written to ever become resident.
+    m_buffers.reset(new char[size_t(batchSize) * maxUdpMessage]);
 }
 
 DnsServer::~DnsServer() = default;
 
 void DnsServer::readUdp()
 {
-    static thread_local std::vector<char> buffers(size_t(batchSize) * maxUdpMessage);
     mmsghdr messages[batchSize];
     iovec vectors[batchSize];
     sockaddr_storage peers[batchSize];
     for (int batch = 0; batch < maxBatchesPerWakeUp; ++batch) {
         for (int i = 0; i < batchSize; ++i) {
-            vectors[i] = { buffers.data() + size_t(i) * maxUdpMessage, maxUdpMessage };
+            vectors[i] = { m_buffers.get() + size_t(i) * maxUdpMessage, maxUdpMessage };
             messages[i].msg_hdr = msghdr {};
             messages[i].msg_hdr.msg_name = &peers[i];
             messages[i].msg_hdr.msg_namelen = sizeof peers[i];

@@ -1,0 +1,127 @@
+#!/usr/bin/env bash
+# Switching the machine's DNS on and off for real, inside private network and mount namespaces: /etc and
+# /var/lib are overlays on tmpfs, /run is a tmpfs, processes are private, so nothing of the real machine
+# changes.
+#   namespace_switch_test.sh BUILD_DIR plain      no resolver daemon: /etc/resolv.conf is replaced
+#   namespace_switch_test.sh BUILD_DIR resolved   the real systemd-resolved 252, unpacked from its .deb
+# Upstreams on loopback: an "ISP" resolver (plain DNS, 127.0.0.1:53) and the filtering DNS-over-HTTPS
+# resolver (127.0.0.1:8443), which answer the same names differently, so a leak shows.
+# Exit 77 (skipped) when the machine cannot run it.
+set -uo pipefail
+build=$(cd "$1" && pwd)
+stack=$2
+skip() { echo "SKIPPED: $*"; exit 77; }
+fail() { echo "FAILED: $*"; [ -n "${work:-}" ] && tail -n 5 "$work"/*.log 2>/dev/null; exit 1; }
+ok() { echo "ok: $*"; }
+
+if [ -z "${BRV_IN_NAMESPACE:-}" ]; then
+    [ "$(id -u)" = 0 ] || skip "needs root for network and mount namespaces"
+    for tool in unshare ip unbound openssl getent; do
+        command -v $tool >/dev/null || skip "needs $tool"
+    done
+    if [ "$stack" = resolved ]; then
+        resolved_root=${BRIVANTA_RESOLVED_ROOT:-/var/cache/brivanta-tests/systemd-resolved}
+        [ -x "$resolved_root/lib/systemd/systemd-resolved" ] ||
+            skip "systemd-resolved is not unpacked in $resolved_root (scripts/install-deps.sh does it)"
+        command -v dbus-daemon >/dev/null || skip "needs dbus-daemon"
+        export BRIVANTA_RESOLVED_ROOT=$resolved_root
+    fi
+    unshare -n -m -p -f --mount-proc --propagation private true 2>/dev/null || skip "cannot make namespaces here"
+    BRV_IN_NAMESPACE=1 exec timeout 240 unshare -n -m -p -f --mount-proc --propagation private bash "$0" "$@"
+fi
+
+# --- inside the namespaces
+work=$(mktemp -d /tmp/brivanta-ns.XXXXXX)
+mount -t tmpfs tmpfs "$work"
+pids=()
+cleanup() { for p in "${pids[@]}"; do kill "$p" 2>/dev/null; done; pkill -f "$work" 2>/dev/null; wait 2>/dev/null; }
+trap cleanup EXIT
+for dir in etc var/lib; do
+    mkdir -p "$work/ov/$dir/up" "$work/ov/$dir/work"
+    mount -t overlay overlay -o "lowerdir=/$dir,upperdir=$work/ov/$dir/up,workdir=$work/ov/$dir/work" "/$dir" ||
+        skip "overlayfs is not available"
+done
+mount -t tmpfs tmpfs /run
+ip link set lo up
+# getaddrinfo(AI_ADDRCONFIG) wants a non-loopback address before it asks for IPv4 at all
+ip link add brv0 type veth peer name brv1 && ip addr add 192.0.2.9/24 dev brv0 &&
+    ip link set brv1 up && ip link set brv0 up
+
+rm -f /etc/resolv.conf
+printf '# the machine'\''s own resolver\nnameserver 127.0.0.1\n' >/etc/resolv.conf
+cp -a /etc/resolv.conf "$work/resolv.conf.original"
+
+openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -subj /CN=doh.test \
+    -addext "subjectAltName=DNS:doh.test" -keyout "$work/key.pem" -out "$work/cert.pem" 2>/dev/null
+unbound_conf() { # NAME INTERFACE-LINES ZONE-LINES
+    printf 'server:\n  username: ""\n  chroot: ""\n  directory: "%s"\n  pidfile: ""\n  use-syslog: no\n  logfile: "%s/%s.log"\n  verbosity: 1\n  log-queries: yes\n  num-threads: 1\n  access-control: 0.0.0.0/0 allow\n  module-config: "iterator"\n  do-not-query-localhost: yes\n%s\n  local-zone: "test." static\n%s\n' \
+        "$work" "$work" "$1" "$2" "$3" >"$work/$1.conf"
+}
+unbound_conf isp '  interface: 127.0.0.1@53' '
+  local-data: "doh.test. 300 IN A 127.0.0.1"
+  local-data: "h1.test. 300 IN A 198.51.100.1"
+  local-data: "ads.test. 300 IN A 198.51.100.2"'
+unbound_conf doh "  interface: 127.0.0.1@8443
+  https-port: 8443
+  http-endpoint: \"/dns-query\"
+  tls-service-key: \"$work/key.pem\"
+  tls-service-pem: \"$work/cert.pem\"" '
+  local-data: "h1.test. 300 IN A 192.0.2.1"
+  local-data: "h2.test. 300 IN A 192.0.2.2"
+  local-zone: "ads.test." always_nxdomain'
+for name in isp doh; do
+    unbound -d -c "$work/$name.conf" >"$work/$name.out" 2>&1 &
+    pids+=($!)
+done
+for i in $(seq 50); do
+    [ -n "$(ss -Hltn 'sport = :8443')" ] && [ -n "$(ss -Hlun 'sport = :53')" ] && break
+    sleep 0.1
+done
+
+lookup() { timeout 10 getent ahostsv4 "$1" | awk '{print $1; exit}'; }
+[ "$(lookup h1.test)" = 198.51.100.1 ] || fail "the machine's own resolver does not answer before enabling"
+
+if [ "$stack" = resolved ]; then
+    . "$(dirname "$0")/resolved_in_namespace.sh"
+    start_resolved "$work"
+    [ "$(lookup h1.test)" = 198.51.100.1 ] || fail "systemd-resolved does not answer through the link's server"
+fi
+cp -a /etc/resolv.conf "$work/resolv.conf.before"
+
+mkdir -p /etc/brivanta
+echo "ca-file = $work/cert.pem" >/etc/brivanta/dohd.local.conf
+apply() { BRIVANTA_DOHD="$build/forwarder/brivanta-dohd" "$build/platform/linux/dns_apply/brivanta-dns-apply" "$@"; }
+
+apply enable https://doh.test:8443/dns-query || fail "enable failed"
+grep -q '"phase":"applied"' /var/lib/brivanta/state.json || fail "state.json does not say applied"
+[ "$(lookup h1.test)" = 192.0.2.1 ] || fail "after enable, h1.test did not come from the DoH upstream: $(lookup h1.test)"
+grep -q 'h1.test' "$work/doh.log" || fail "the DoH upstream never saw the query"
+[ -z "$(lookup ads.test)" ] || fail "a name the filtering resolver refuses still resolves"
+canary=$(lookup "n$RANDOM.canary.brivanta.test")
+case $canary in 127.*) ok "canary resolves through the system resolver ($canary)" ;; *) fail "no canary: '$canary'" ;; esac
+ok "enable: lookups go through brivanta-dohd to the DoH upstream ($stack)"
+
+# A crash after routing but before the state was written, then disable: all restored.
+rm -f /var/lib/brivanta/state.json
+apply disable || fail "disable failed"
+cmp -s /etc/resolv.conf "$work/resolv.conf.before" || fail "resolv.conf differs after disable"
+[ ! -e /etc/systemd/resolved.conf.d/90-brivanta.conf ] || fail "the resolved drop-in is still there"
+[ ! -e /etc/brivanta/dohd.conf ] || fail "the forwarder's configuration is still there"
+[ -z "$(pgrep -x brivanta-dohd)" ] || fail "brivanta-dohd still runs"
+[ "$(lookup h1.test)" = 198.51.100.1 ] || fail "after disable, the machine's own resolver does not answer"
+ok "disable: the original DNS is back, byte for byte"
+
+apply enable https://doh.test:8443/dns-query >/dev/null 2>&1 || fail "second enable failed"
+[ "$(lookup h2.test)" = 192.0.2.2 ] || fail "second enable does not route"
+apply pause 60 >/dev/null 2>&1 || fail "pause failed"
+[ "$(lookup h1.test)" = 198.51.100.1 ] || fail "paused, but lookups do not use the machine's own resolver"
+grep -q '"phase":"paused"' /var/lib/brivanta/state.json || fail "state.json does not say paused"
+apply resume >/dev/null 2>&1 || fail "resume failed"
+[ "$(lookup h1.test)" = 192.0.2.1 ] || fail "resumed, but lookups do not go through brivanta-dohd"
+ok "pause and resume"
+pkill -x brivanta-dohd
+[ -z "$(lookup h2.test)" ] || fail "forwarder stopped, yet names resolve: lookups went around it"
+ok "fail closed: with the forwarder gone, nothing resolves"
+apply disable >/dev/null 2>&1 || fail "final disable failed"
+cmp -s /etc/resolv.conf "$work/resolv.conf.before" || fail "resolv.conf differs after the final disable"
+echo "PASSED ($stack)"

@@ -1,10 +1,15 @@
-// brivanta-dns: the on/off switch of Brivanta's DNS settings on Linux, standing in for the system
-// settings of a phone. It works on the same store, under the same lock, as the application.
+// brivanta-dns: the on/off switch of Brivanta's system-wide blocking on Linux, standing in for the system
+// settings of a phone. It reads the configuration the application saved and asks the privileged helper
+// (through pkexec) to apply it; its status is the same check the application makes.
 
 #include "platform/linux/dns_slot_store.h"
+#include "platform/linux/linux_dns_settings_manager.h"
+#include "platform/linux/system_dns_status.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
+#include <QRegularExpression>
 #include <QStringList>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +19,7 @@ using brivanta::DnsSlot;
 using brivanta::DnsSlotStore;
 using brivanta::NEDNSOverHTTPSSettings;
 using brivanta::NEDNSOverTLSSettings;
+using namespace brivanta;
 
 namespace {
 
@@ -37,24 +43,21 @@ QString helpText(const QString &storePath)
     return QStringLiteral(
         "Usage: brivanta-dns <command>\n"
         "\n"
-        "Switches Brivanta's DNS settings on and off, as the system settings do on a phone.\n"
+        "Switches Brivanta's ad blocking on and off for this whole computer.\n"
         "\n"
         "Commands:\n"
-        "  status     Show the DNS settings Brivanta has saved and whether they are switched on.\n"
-        "  enable     Switch the saved DNS settings on (Brivanta then shows protection as \"Enabled\").\n"
-        "  disable    Switch the saved DNS settings off.\n"
-        "  --help     Show this text.\n"
+        "  status         Say whether blocking is really on right now, and if not, why (exit 0 only when on).\n"
+        "  enable         Route every lookup of this computer through brivanta-dohd to the saved\n"
+        "                 DNS-over-HTTPS address (asks for an administrator's password).\n"
+        "  disable        Put this computer's DNS back exactly as it was.\n"
+        "  pause <time>   Use the computer's own DNS for a while, e.g. for a captive portal: 90s, 5m, 1h.\n"
+        "  --help         Show this text.\n"
         "\n"
         "Brivanta saves its DNS settings when you press \"Add Network Settings\"; they are kept in\n"
         "  %1\n"
         "\n"
-        "What enable does NOT do: it does not change how this computer resolves names. It only sets\n"
-        "the switch in that file. systemd-resolved, NetworkManager and /etc/resolv.conf are left\n"
-        "untouched, so switching on does not yet block ads system-wide on Linux. To use the filtering\n"
-        "resolver now, enter its DNS-over-HTTPS address (shown by \"status\") in your system's DNS "
-        "settings.\n"
-        "\n"
-        "Exit status: 0 on success, 1 when the command could not be carried out, 2 on a usage error.")
+        "Exit status: 0 on success, 1 when the command could not be carried out (or, for status, when\n"
+        "blocking is not on), 2 on a usage error.")
         .arg(QDir::toNativeSeparators(storePath));
 }
 
@@ -79,38 +82,96 @@ QString describe(const DnsSlot &slot)
     return text;
 }
 
+QString ago(qint64 ms)
+{
+    if (ms == 0)
+        return QStringLiteral("never");
+    const qint64 seconds = (QDateTime::currentMSecsSinceEpoch() - ms) / 1000;
+    if (seconds < 120)
+        return QStringLiteral("%1 s ago").arg(seconds);
+    if (seconds < 7200)
+        return QStringLiteral("%1 min ago").arg(seconds / 60);
+    return QStringLiteral("at %1").arg(QDateTime::fromMSecsSinceEpoch(ms).toString(Qt::ISODate));
+}
+
 int status(const DnsSlotStore &store)
 {
     DnsSlot slot;
     if (auto error = store.read(slot))
         return fail(error->localizedDescription);
+    const QString endpoint = LinuxDNSSettingsManager::savedEndpoint(slot);
     out(QStringLiteral("Saved DNS settings: ") + describe(slot));
-    if (slot.dnsSettings)
-        out(QStringLiteral("On-demand rules: %1").arg(slot.onDemandRules.size()));
-    out(QStringLiteral("Switched on: ") + (slot.enabled ? QStringLiteral("yes") : QStringLiteral("no")));
-    out(QStringLiteral("Store: ") + QDir::toNativeSeparators(store.path()));
+
+    const SystemDnsObservation seen = SystemDnsProbe().observe(true);
+    using Canary = SystemDnsObservation::Canary;
+    if (seen.phase == QLatin1String("applied"))
+        out(QStringLiteral("Applied: yes, through %1, to %2").arg(seen.stack, seen.appliedEndpoint));
+    else if (seen.phase == QLatin1String("paused"))
+        out(QStringLiteral("Applied: paused until %1").arg(QDateTime::fromMSecsSinceEpoch(seen.pausedUntilMs).toString(Qt::ISODate)));
+    else
+        out(QStringLiteral("Applied: no"));
+    if (!seen.routingKnown)
+        out(QStringLiteral("Routing: unknown (%1)").arg(seen.routingProblem));
+    else if (seen.otherServers.isEmpty())
+        out(QStringLiteral("Routing: every lookup goes to brivanta-dohd (127.0.0.153)"));
+    else
+        out(QStringLiteral("Routing: lookups can also reach %1").arg(seen.otherServers.join(QLatin1String(", "))));
+    out(QStringLiteral("Forwarder: %1; last upstream answer %2; last failure %3%4")
+            .arg(seen.forwarderRunning ? QStringLiteral("running, to ") + seen.forwarderEndpoint : QStringLiteral("not running"),
+                ago(seen.lastSuccessMs), ago(seen.lastFailureMs),
+                seen.lastError.isEmpty() ? QString() : QStringLiteral(" (") + seen.lastError + QLatin1Char(')')));
+    switch (seen.canary) {
+    case Canary::Answered:
+        out(QStringLiteral("Test lookup: a fresh test name came back through the system resolver from brivanta-dohd"));
+        break;
+    case Canary::WrongAddress:
+        out(QStringLiteral("Test lookup: a fresh test name came back as %1, not from brivanta-dohd").arg(seen.canaryAddress));
+        break;
+    case Canary::NoAnswer:
+        out(QStringLiteral("Test lookup: a fresh test name did not resolve through the system resolver"));
+        break;
+    case Canary::NotTried:
+        break;
+    }
+    const SystemDnsVerdict verdict = decideStatus(seen, endpoint, QDateTime::currentMSecsSinceEpoch());
+    out(verdict.enabled ? QStringLiteral("Blocking: on") : QStringLiteral("Blocking: off. ") + verdict.reason);
+    return verdict.enabled ? EXIT_SUCCESS : exitFailure;
+}
+
+int runHelper(DnsSlotStore &store, const QStringList &arguments, const QString &done)
+{
+    if (auto error = LinuxDNSSettingsManager::runHelper(arguments))
+        return fail(*error);
+    // What the user last asked for, kept beside the saved settings.
+    store.setEnabled(arguments.first() != QLatin1String("disable"));
+    out(done);
     return EXIT_SUCCESS;
 }
 
-int setEnabled(DnsSlotStore &store, bool enabled)
+int enable(DnsSlotStore &store)
 {
-    const DnsSlotStore::SwitchResult result = store.setEnabled(enabled);
-    if (result.error)
-        return fail(result.error->localizedDescription);
-    switch (result.outcome) {
-    case DnsSlotStore::SwitchOutcome::NothingSaved:
-        return fail(
-            QStringLiteral("Nothing to enable: open Brivanta and press “Add Network Settings” first."));
-    case DnsSlotStore::SwitchOutcome::AlreadySo:
-        out(enabled ? QStringLiteral("Brivanta's DNS settings were already switched on.")
-                    : QStringLiteral("Brivanta's DNS settings were already switched off."));
-        break;
-    case DnsSlotStore::SwitchOutcome::Switched:
-        out(enabled ? QStringLiteral("Brivanta's DNS settings are switched on.")
-                    : QStringLiteral("Brivanta's DNS settings are switched off."));
-        break;
-    }
-    return EXIT_SUCCESS;
+    DnsSlot slot;
+    if (auto error = store.read(slot))
+        return fail(error->localizedDescription);
+    const QString endpoint = LinuxDNSSettingsManager::savedEndpoint(slot);
+    if (endpoint.isEmpty())
+        return fail(QStringLiteral("Nothing to enable: open Brivanta and press “Add Network Settings” first."));
+    return runHelper(store, { QStringLiteral("enable"), endpoint },
+        QStringLiteral("Every lookup of this computer now goes through Brivanta to %1.").arg(endpoint));
+}
+
+// "90", "90s", "5m", "1h" to seconds; nothing when it is not one of those.
+std::optional<int> parseDuration(const QString &text)
+{
+    static const QRegularExpression form(QStringLiteral("^(\\d{1,6})([smh]?)$"));
+    const QRegularExpressionMatch match = form.match(text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    const qint64 unit = match.captured(2) == QLatin1String("h") ? 3600 : match.captured(2) == QLatin1String("m") ? 60 : 1;
+    const qint64 seconds = match.captured(1).toLongLong() * unit;
+    if (seconds < 1 || seconds > 86400)
+        return std::nullopt;
+    return int(seconds);
 }
 
 } // namespace
@@ -126,18 +187,21 @@ int main(int argc, char **argv)
         out(helpText(store.path()));
         return EXIT_SUCCESS;
     }
+    const QString command = arguments.value(0);
+    if (command == QLatin1String("pause") && arguments.size() == 2) {
+        const std::optional<int> seconds = parseDuration(arguments[1]);
+        if (!seconds)
+            return fail(QStringLiteral("Pause for how long? Give 1 second to 24 hours, e.g. 90s, 5m or 1h."), exitUsage);
+        return runHelper(store, { QStringLiteral("pause"), QString::number(*seconds) },
+            QStringLiteral("Paused: this computer uses its own DNS for %1 s, then Brivanta again.").arg(*seconds));
+    }
     if (arguments.size() != 1)
-        return fail(
-            QStringLiteral("Expected one command: status, enable or disable (see --help)."), exitUsage);
-
-    const QString &command = arguments[0];
+        return fail(QStringLiteral("Expected one command: status, enable, disable or pause <time> (see --help)."), exitUsage);
     if (command == QLatin1String("status"))
         return status(store);
     if (command == QLatin1String("enable"))
-        return setEnabled(store, true);
+        return enable(store);
     if (command == QLatin1String("disable"))
-        return setEnabled(store, false);
-    return fail(
-        QStringLiteral("Unknown command “%1”: use status, enable or disable (see --help).").arg(command),
-        exitUsage);
+        return runHelper(store, { QStringLiteral("disable") }, QStringLiteral("This computer's DNS is as it was before Brivanta."));
+    return fail(QStringLiteral("Unknown command “%1”: use status, enable, disable or pause (see --help).").arg(command), exitUsage);
 }

@@ -1,7 +1,11 @@
 #include "platform/linux/linux_dns_settings_manager.h"
 
+#include "brivanta_build_config.h"
+
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QHostAddress>
+#include <QProcess>
 
 namespace brivanta {
 
@@ -30,8 +34,9 @@ std::optional<PlatformError> judgeServers(const QStringList &servers)
 
 } // namespace
 
-LinuxDNSSettingsManager::LinuxDNSSettingsManager(QString storePath)
+LinuxDNSSettingsManager::LinuxDNSSettingsManager(QString storePath, std::shared_ptr<const SystemDnsProbe> probe)
     : m_store(std::move(storePath))
+    , m_probe(std::move(probe))
 {
     m_worker.setMaxThreadCount(1);
 }
@@ -75,7 +80,7 @@ std::optional<PlatformError> LinuxDNSSettingsManager::judge(
 }
 
 void LinuxDNSSettingsManager::run(
-    std::function<std::optional<PlatformError>()> operation, Completion completion)
+    std::function<std::optional<PlatformError>()> operation, DNSSettingsManager::Completion completion)
 {
     m_worker.start([operation = std::move(operation), completion = std::move(completion)] {
         const std::optional<PlatformError> error = operation();
@@ -84,12 +89,12 @@ void LinuxDNSSettingsManager::run(
     });
 }
 
-void LinuxDNSSettingsManager::loadFromPreferences(Completion completion)
+void LinuxDNSSettingsManager::loadFromPreferences(DNSSettingsManager::Completion completion)
 {
     run([this] { return load(); }, std::move(completion));
 }
 
-void LinuxDNSSettingsManager::saveToPreferences(Completion completion)
+void LinuxDNSSettingsManager::saveToPreferences(DNSSettingsManager::Completion completion)
 {
     // What is saved is what was set when the save was asked for, even if a load started earlier
     // replaces the properties before the save gets its turn.
@@ -101,7 +106,7 @@ void LinuxDNSSettingsManager::saveToPreferences(Completion completion)
     run([this, wanted = std::move(wanted)] { return save(wanted); }, std::move(completion));
 }
 
-void LinuxDNSSettingsManager::removeFromPreferences(Completion completion)
+void LinuxDNSSettingsManager::removeFromPreferences(DNSSettingsManager::Completion completion)
 {
     run([this] { return remove(); }, std::move(completion));
 }
@@ -111,9 +116,75 @@ std::optional<PlatformError> LinuxDNSSettingsManager::load()
     DnsSlot stored;
     if (auto error = m_store.read(stored))
         return error;
+    // The stored switch is only what the user last asked for; the machine decides.
+    const SystemDnsVerdict verdict = decideStatus(m_probe->observe(), savedEndpoint(stored), QDateTime::currentMSecsSinceEpoch());
+    stored.enabled = verdict.enabled;
     std::lock_guard lock(m_mutex);
     m_slot = std::move(stored);
+    m_reason = verdict.reason;
     return std::nullopt;
+}
+
+QString LinuxDNSSettingsManager::savedEndpoint(const DnsSlot &slot)
+{
+    if (!slot.dnsSettings)
+        return {};
+    const auto *https = std::get_if<NEDNSOverHTTPSSettings>(&*slot.dnsSettings);
+    return https && https->serverURL ? https->serverURL->toString() : QString();
+}
+
+QString LinuxDNSSettingsManager::statusReason() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_reason;
+}
+
+QStringList LinuxDNSSettingsManager::helperCommand()
+{
+    const QString overridden = qEnvironmentVariable("BRIVANTA_DNS_APPLY_COMMAND");
+    if (!overridden.isEmpty())
+        return QProcess::splitCommand(overridden);
+    return { QStringLiteral("pkexec"), QString::fromUtf8(build::libexecDir) + QStringLiteral("/brivanta-dns-apply") };
+}
+
+std::optional<QString> LinuxDNSSettingsManager::runHelper(const QStringList &arguments)
+{
+    const QStringList command = helperCommand() + arguments;
+    QProcess process;
+    process.setProcessChannelMode(QProcess::SeparateChannels);
+    process.start(command.first(), command.mid(1));
+    // The password prompt may take the user a while.
+    if (!process.waitForStarted() || !process.waitForFinished(10 * 60 * 1000)) {
+        process.kill();
+        return tr("Could not run %1.").arg(command.first());
+    }
+    if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
+        return std::nullopt;
+    // pkexec: 126 the authorisation was dismissed or refused, 127 it could not authenticate.
+    if (command.first().endsWith(QLatin1String("pkexec")) && (process.exitCode() == 126 || process.exitCode() == 127))
+        return tr("Switching on was cancelled.");
+    const QStringList lines = QString::fromLocal8Bit(process.readAllStandardError()).trimmed().split(QLatin1Char('\n'));
+    QString last = lines.isEmpty() ? QString() : lines.last();
+    last.remove(QStringLiteral("brivanta-dns-apply: "));
+    return last.isEmpty() ? tr("Switching on failed.") : last;
+}
+
+void LinuxDNSSettingsManager::switchOn(SwitchCompletion completion)
+{
+    m_worker.start([this, completion = std::move(completion)] {
+        DnsSlot stored;
+        std::optional<QString> error;
+        if (auto readError = m_store.read(stored))
+            error = readError->localizedDescription;
+        else if (savedEndpoint(stored).isEmpty())
+            error = tr("Press “Add Network Settings” first.");
+        else
+            error = runHelper({ QStringLiteral("enable"), savedEndpoint(stored) });
+        if (!error)
+            m_store.setEnabled(true);
+        if (completion)
+            completion(error);
+    });
 }
 
 std::optional<PlatformError> LinuxDNSSettingsManager::save(const DnsSlot &wanted)

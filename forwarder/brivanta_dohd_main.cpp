@@ -45,6 +45,15 @@ const char usage[]
       "Serves plain DNS on the listen address (UDP and TCP) and forwards every query over\n"
       "DNS-over-HTTPS to the endpoint; never to any other resolver. See brivanta's README.\n";
 
+// Always with the port, unlike toString(HostPort): the health file and messages show where we listen.
+QString listenText(const HostPort &where)
+{
+    const QString address = where.address.protocol() == QAbstractSocket::IPv6Protocol
+        ? QLatin1Char('[') + where.address.toString() + QLatin1Char(']')
+        : where.address.toString();
+    return address + QLatin1Char(':') + QString::number(where.port);
+}
+
 sockaddr_storage toSockaddr(const HostPort &where, socklen_t &length)
 {
     sockaddr_storage storage {};
@@ -75,9 +84,7 @@ int bindSocket(const HostPort &where, int type, QString &error)
         || ::bind(fd, reinterpret_cast<const sockaddr *>(&address), length) != 0
         || (type == SOCK_STREAM && ::listen(fd, 128) != 0)) {
         error = QStringLiteral("cannot listen on %1 (%2): %3")
-                    .arg(toString(where).contains(QLatin1Char(':')) ? toString(where)
-                                                                    : toString(where) + QStringLiteral(":53"),
-                        QLatin1String(type == SOCK_STREAM ? "TCP" : "UDP"),
+                    .arg(listenText(where), QLatin1String(type == SOCK_STREAM ? "TCP" : "UDP"),
                         QString::fromLocal8Bit(std::strerror(errno)));
         if (fd >= 0)
             ::close(fd);
@@ -91,9 +98,9 @@ bool activatedSockets(int &udpFd, int &tcpFd)
 {
     const int count = sd_listen_fds(1);
     for (int fd = SD_LISTEN_FDS_START; fd < SD_LISTEN_FDS_START + std::max(count, 0); ++fd) {
-        if (sd_is_socket(fd, AF_UNSPEC, SOCK_DGRAM, -1) > 0)
+        if (sd_is_socket_inet(fd, AF_UNSPEC, SOCK_DGRAM, -1, 0) > 0)
             udpFd = fd;
-        else if (sd_is_socket(fd, AF_UNSPEC, SOCK_STREAM, 1) > 0)
+        else if (sd_is_socket_inet(fd, AF_UNSPEC, SOCK_STREAM, 1, 0) > 0)
             tcpFd = fd;
         ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
     }
@@ -138,8 +145,8 @@ int main(int argc, char **argv)
     QString configPath;
     QString user;
     bool checkOnly = false;
-    std::vector<std::pair<QString, QString>> overrides;
-    static const std::pair<const char *, const char *> optionKeys[] = {
+    using OptionKey = std::pair<const char *, const char *>; // option, configuration key
+    static const OptionKey optionKeys[] = {
         { "--listen", "listen" },
         { "--upstream", "endpoint" },
         { "--bootstrap", "bootstrap" },
@@ -147,6 +154,7 @@ int main(int argc, char **argv)
         { "--resolve", "resolve" },
         { "--state-dir", "state-dir" },
     };
+    std::vector<std::pair<const OptionKey *, QString>> overrides;
     for (qsizetype i = 0; i < args.size(); ++i) {
         const QString &arg = args[i];
         if (arg == QLatin1String("--help") || arg == QLatin1String("-h")) {
@@ -169,7 +177,7 @@ int main(int argc, char **argv)
                 [&](const auto &option) { return arg == QLatin1String(option.first); });
             if (key == std::end(optionKeys))
                 return fail(exitConfig, QStringLiteral("unknown option %1 (see --help)").arg(arg));
-            overrides.emplace_back(QString::fromLatin1(key->second), value);
+            overrides.emplace_back(key, value);
         }
     }
     if (!configPath.isEmpty()) {
@@ -181,9 +189,9 @@ int main(int argc, char **argv)
                 return fail(exitConfig, *error);
         }
     }
-    for (const auto &[key, value] : overrides) {
-        if (auto error = config.set(key, value))
-            return fail(exitConfig, *error);
+    for (const auto &[option, value] : overrides) {
+        if (auto error = config.set(QLatin1String(option->second), value))
+            return fail(exitConfig, QStringLiteral("%1: %2").arg(QLatin1String(option->first), *error));
     }
     if (auto error = config.check())
         return fail(exitConfig, *error);
@@ -202,8 +210,11 @@ int main(int argc, char **argv)
     }
     if (!QDir().mkpath(config.stateDir))
         return fail(exitRuntime, QStringLiteral("cannot create %1").arg(config.stateDir));
-    if (!user.isEmpty() && ::geteuid() == 0) {
-        if (auto error = dropPrivileges(user, config.stateDir))
+    if (::geteuid() == 0) {
+        if (user.isEmpty())
+            std::fputs(
+                "brivanta-dohd: warning: running as root; give --user NAME to drop privileges\n", stderr);
+        else if (auto error = dropPrivileges(user, config.stateDir))
             return fail(exitRuntime, *error);
     }
 
@@ -214,10 +225,8 @@ int main(int argc, char **argv)
         settings.bootstrap.end(), config.fallbackBootstrap.begin(), config.fallbackBootstrap.end());
     settings.pins = config.pins;
     settings.caFile = config.caFile;
-    const QString listen = toString(config.listen).contains(QLatin1Char(':'))
-        ? toString(config.listen)
-        : toString(config.listen) + QStringLiteral(":53");
-    HealthState health(config.stateDir, config.endpoint.toString(), listen);
+    const QString listen = listenText(config.listen);
+    HealthState health(config.stateDir, config.endpointText, listen);
     DohUpstream upstream(settings);
     QObject::connect(&upstream, &DohUpstream::succeeded, &health, &HealthState::upstreamSucceeded);
     QObject::connect(&upstream, &DohUpstream::failed, &health, &HealthState::upstreamFailed);
@@ -243,7 +252,6 @@ int main(int argc, char **argv)
         }
     });
 
-    sd_notifyf(
-        0, "READY=1\nSTATUS=Forwarding %s to %s", qPrintable(listen), qPrintable(config.endpoint.toString()));
+    sd_notifyf(0, "READY=1\nSTATUS=Forwarding %s to %s", qPrintable(listen), qPrintable(config.endpointText));
     return app.exec();
 }

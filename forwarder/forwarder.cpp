@@ -4,6 +4,8 @@
 #include "forwarder/doh_upstream.h"
 #include "forwarder/health_state.h"
 
+#include <algorithm>
+
 namespace brivanta {
 
 namespace {
@@ -11,6 +13,14 @@ namespace {
 // The canary is answered only while the upstream is known to work: a canary answer then proves the
 // whole path, system resolver to filtering resolver.
 constexpr qint64 canaryFreshnessMs = 30000;
+// Clients waiting on the upstream, all together: beyond this a flood gets SERVFAIL, not our memory.
+constexpr size_t maxWaiting = 20000;
+
+bool isCanaryNonce(QByteArrayView nonce)
+{
+    return std::all_of(nonce.begin(), nonce.end(),
+        [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-'; });
+}
 
 bool endsWith(const QByteArray &name, const QByteArray &suffix, qsizetype &prefixLength)
 {
@@ -58,7 +68,7 @@ void Forwarder::handle(QByteArrayView message, bool udp, Respond respond)
     qsizetype prefix = 0;
     if (endsWith(name, m_canaryWire, prefix) && prefix > 0) {
         const int label = uchar(name[0]);
-        if (label + 1 == prefix) {
+        if (label + 1 == prefix && isCanaryNonce(QByteArrayView(name).sliced(1, label))) {
             answerCanary(std::move(waiter), QByteArrayView(name).sliced(1, label));
         } else {
             send(waiter, dns::makeReply(waiter.query, dns::RCode::NXDomain));
@@ -83,6 +93,12 @@ void Forwarder::handle(QByteArrayView message, bool udp, Respond respond)
 
 void Forwarder::forward(Waiter waiter, dns::CacheKey key, QByteArrayView message)
 {
+    if (m_waiting >= maxWaiting) {
+        ++m_health.counters().servfails;
+        send(waiter, dns::makeReply(waiter.query, dns::RCode::ServFail));
+        return;
+    }
+    ++m_waiting;
     auto [slot, first] = m_inFlight.try_emplace(key);
     slot->second.push_back(std::move(waiter));
     if (!first)
@@ -97,11 +113,13 @@ void Forwarder::forward(Waiter waiter, dns::CacheKey key, QByteArrayView message
                 return;
             std::vector<Waiter> waiters = std::move(found->second);
             m_inFlight.erase(found);
+            m_waiting -= waiters.size();
             std::optional<dns::ResponseInfo> info;
             if (answer)
                 info = dns::inspectResponse(*answer);
             // An answer to another question is as good as none.
-            if (!info || info->question.name != key.name || info->question.type != key.type) {
+            if (!info || info->question.name != key.name || info->question.type != key.type
+                || info->question.klass != key.klass) {
                 m_health.counters().servfails += waiters.size();
                 for (const Waiter &w : waiters)
                     send(w, dns::makeReply(w.query, dns::RCode::ServFail));
@@ -125,6 +143,10 @@ void Forwarder::answerCanary(Waiter waiter, QByteArrayView nonce)
     }
     if (m_health.upstreamAnsweredWithin(canaryFreshnessMs)) {
         send(waiter, dns::makeAddressReply(waiter.query, canaryAddress(m_health.canarySecret(), nonce), 0));
+        return;
+    }
+    if (m_canaryWaiters.size() >= maxWaiting) {
+        send(waiter, dns::makeReply(waiter.query, dns::RCode::ServFail));
         return;
     }
     const bool probing = !m_canaryWaiters.empty();

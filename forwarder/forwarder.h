@@ -52,6 +52,7 @@ private:
     QByteArray m_useApplicationDns;
     dns::DnsCache m_cache;
     std::unordered_map<dns::CacheKey, std::vector<Waiter>, dns::CacheKeyHash> m_inFlight;
+    size_t m_waiting = 0;
     std::vector<std::pair<Waiter, QByteArray>> m_canaryWaiters;
 };
 

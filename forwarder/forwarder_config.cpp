@@ -31,17 +31,29 @@ std::optional<std::vector<HostPort>> parseServers(const QString &value)
 
 } // namespace
 
-std::optional<QString> endpointProblem(const QString &text)
+std::optional<QString> validateEndpoint(const QString &text)
 {
+    // Checked on the text, not on QUrl's reading of it, which forgives too much (empty ports, "@host").
+    static const QRegularExpression rule(
+        QStringLiteral("^https://"
+                       "(?:(?:[A-Za-z0-9](?:[A-Za-z0-9-]{0,61}[A-Za-z0-9])?\\.)*[A-Za-z0-9](?:[A-Za-z0-9-]{0,"
+                       "61}[A-Za-z0-9])?"
+                       "|\\[[0-9A-Fa-f:.]+\\])(?::([0-9]{1,5}))?(/[A-Za-z0-9._~!$&'()*+,;=:@%/-]*)?$"));
+    const QString usage = QStringLiteral("the endpoint must be https://host[:port][/path], without user, "
+                                         "query or fragment");
     if (text.size() > 2048)
         return QStringLiteral("the endpoint is too long");
-    if (text.contains(QRegularExpression(QStringLiteral("[\\s\\x00-\\x1f\\x7f]"))))
-        return QStringLiteral("the endpoint contains spaces or control characters");
+    const QRegularExpressionMatch match = rule.match(text);
+    if (!match.hasMatch())
+        return usage;
+    if (match.hasCaptured(1)) {
+        const int port = match.captured(1).toInt();
+        if (port < 1 || port > 65535)
+            return QStringLiteral("the endpoint's port must be from 1 to 65535");
+    }
     const QUrl url(text, QUrl::StrictMode);
-    if (!url.isValid() || url.scheme() != QLatin1String("https") || url.host().isEmpty())
-        return QStringLiteral("the endpoint must be https://host[/path]");
-    if (!url.userInfo().isEmpty() || url.hasQuery() || url.hasFragment())
-        return QStringLiteral("the endpoint must be https://host[/path], without user, query or fragment");
+    if (!url.isValid() || url.host().isEmpty())
+        return usage;
     return std::nullopt;
 }
 
@@ -85,9 +97,10 @@ ForwarderConfig::ForwarderConfig()
 std::optional<QString> ForwarderConfig::set(const QString &key, const QString &value)
 {
     if (key == QLatin1String("endpoint")) {
-        if (auto problem = endpointProblem(value))
+        if (auto problem = validateEndpoint(value))
             return *problem;
-        endpoint = QUrl(value);
+        endpoint = QUrl(value, QUrl::StrictMode);
+        endpointText = value;
     } else if (key == QLatin1String("listen")) {
         const auto parsed = parseHostPort(value, 53);
         if (!parsed)

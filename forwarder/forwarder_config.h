@@ -11,14 +11,19 @@
 namespace brivanta {
 
 // The endpoint rule shared by the forwarder and the privileged helper: https://host[:port][/path] and
-// nothing else (no user name, query or fragment). Returns why not, or nothing when valid.
-std::optional<QString> endpointProblem(const QString &text);
+// nothing else (no user name, query or fragment). Returns why not, or nothing when valid. QtCore only.
+std::optional<QString> validateEndpoint(const QString &text);
+inline std::optional<QString> endpointProblem(const QString &text)
+{
+    return validateEndpoint(text);
+}
 
 std::optional<HostPort> parseHostPort(const QString &text, quint16 defaultPort);
 
 struct ForwarderConfig
 {
     QUrl endpoint;
+    QString endpointText; // as written: health.json reports it for comparison with the user's
     HostPort listen { QHostAddress(QStringLiteral("127.0.0.153")), 53 };
     std::vector<HostPort> bootstrap;
     std::vector<HostPort> fallbackBootstrap;

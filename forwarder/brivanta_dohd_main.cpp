@@ -252,6 +252,19 @@ int main(int argc, char **argv)
         }
     });
 
-    sd_notifyf(0, "READY=1\nSTATUS=Forwarding %s to %s", qPrintable(listen), qPrintable(config.endpointText));
+    // systemctl status shows whether the endpoint answers; only changes are sent.
+    const QByteArray forwarding
+        = QStringLiteral("Forwarding %1 to %2").arg(listen, config.endpointText).toUtf8();
+    QByteArray status = forwarding;
+    const auto setStatus = [&status](const QByteArray &text) {
+        if (text != status) {
+            status = text;
+            sd_notifyf(0, "STATUS=%s", status.constData());
+        }
+    };
+    QObject::connect(&upstream, &DohUpstream::succeeded, [&] { setStatus(forwarding); });
+    QObject::connect(&upstream, &DohUpstream::failed,
+        [&](const QString &error) { setStatus(forwarding + " (failing: " + error.toUtf8() + ')'); });
+    sd_notifyf(0, "READY=1\nSTATUS=%s", status.constData());
     return app.exec();
 }

@@ -122,8 +122,11 @@ void DnsServer::readUdp()
             const socklen_t peerLength = messages[i].msg_hdr.msg_namelen;
             m_forwarder.handle(message, true, [this, peer, peerLength](const QByteArray &answer) {
                 m_outgoing.push_back({ peer, peerLength, answer });
-                if (!m_inBatch)
-                    flushUdp();
+                // Upstream answers arrive several per wake-up: sent together once it is handled.
+                if (!m_inBatch && !m_flushPosted) {
+                    m_flushPosted = true;
+                    QMetaObject::invokeMethod(this, &DnsServer::flushUdp, Qt::QueuedConnection);
+                }
             });
         }
         m_inBatch = false;
@@ -135,6 +138,7 @@ void DnsServer::readUdp()
 
 void DnsServer::flushUdp()
 {
+    m_flushPosted = false;
     size_t done = 0;
     while (done < m_outgoing.size()) {
         const size_t count = std::min<size_t>(m_outgoing.size() - done, batchSize);
@@ -150,11 +154,16 @@ void DnsServer::flushUdp()
             messages[i].msg_hdr.msg_iovlen = 1;
         }
         const int sent = ::sendmmsg(m_udpFd, messages, unsigned(count), MSG_DONTWAIT);
-        if (sent <= 0) {
+        if (sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
             // A full send buffer drops answers, as a busy DNS server does; the client asks again.
-            if (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR)
-                qCWarning(lcServer) << "sendmmsg:" << std::strerror(errno);
             break;
+        }
+        if (sent <= 0) {
+            // One peer the kernel refuses must not cost the others their answers.
+            if (errno != EINTR)
+                qCWarning(lcServer) << "sendmmsg:" << std::strerror(errno);
+            done += errno == EINTR ? 0 : 1;
+            continue;
         }
         done += size_t(sent);
     }

@@ -45,6 +45,7 @@ private:
     std::unique_ptr<QSocketNotifier> m_udpNotifier;
     std::unique_ptr<QSocketNotifier> m_tcpNotifier;
     bool m_inBatch = false;
+    bool m_flushPosted = false;
     std::vector<Outgoing> m_outgoing;
     std::unique_ptr<char[]> m_buffers;
     int m_connections = 0;

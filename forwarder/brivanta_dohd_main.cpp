@@ -93,6 +93,19 @@ int bindSocket(const HostPort &where, int type, QString &error)
     return fd;
 }
 
+std::optional<HostPort> boundAddress(int fd)
+{
+    sockaddr_storage storage {};
+    socklen_t length = sizeof storage;
+    if (fd < 0 || ::getsockname(fd, reinterpret_cast<sockaddr *>(&storage), &length) != 0)
+        return std::nullopt;
+    QHostAddress address(reinterpret_cast<const sockaddr *>(&storage));
+    const quint16 port
+        = ntohs(storage.ss_family == AF_INET6 ? reinterpret_cast<sockaddr_in6 *>(&storage)->sin6_port
+                                              : reinterpret_cast<sockaddr_in *>(&storage)->sin_port);
+    return HostPort { address, port };
+}
+
 // Sockets from systemd (LISTEN_FDS), if it passed any.
 bool activatedSockets(int &udpFd, int &tcpFd)
 {
@@ -207,6 +220,8 @@ int main(int argc, char **argv)
             tcpFd = bindSocket(config.listen, SOCK_STREAM, error);
         if (tcpFd < 0)
             return fail(exitRuntime, error);
+    } else if (auto bound = boundAddress(udpFd >= 0 ? udpFd : tcpFd)) {
+        config.listen = *bound; // what systemd gave is what the health file reports
     }
     if (!QDir().mkpath(config.stateDir))
         return fail(exitRuntime, QStringLiteral("cannot create %1").arg(config.stateDir));

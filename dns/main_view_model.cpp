@@ -6,6 +6,7 @@
 #include "platform/environment.h"
 #include "platform/main_queue.h"
 #include "platform/platform_mapping.h"
+#include "platform/system_dns_switch.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -26,6 +27,7 @@ struct MainViewModel::State
         , mainQueue(dependencies.mainQueue)
         , environment(dependencies.environment)
         , console(dependencies.console)
+        , systemSwitch(dependencies.systemSwitch)
         , mainThread(std::this_thread::get_id())
         , model(owner)
     { }
@@ -34,6 +36,7 @@ struct MainViewModel::State
     MainQueue &mainQueue;
     const Environment &environment;
     Console &console;
+    SystemDnsSwitch *const systemSwitch;
     std::atomic<bool> isBlockingEnabled = false;
     std::atomic<bool> isSettingsAdded = false;
     const std::thread::id mainThread;
@@ -105,9 +108,12 @@ void MainViewModel::refresh(const std::shared_ptr<State> &state)
             state->console.printLine(error->localizedDescription.toStdString());
             return;
         }
-        state->mainQueue.async([state] {
+        const QString reason = state->systemSwitch ? state->systemSwitch->statusReason() : QString();
+        state->mainQueue.async([state, reason] {
             setFlag(state, &State::isBlockingEnabled, state->manager.isEnabled(),
                 &MainViewModel::isBlockingEnabledChanged);
+            if (MainViewModel *model = state->model.data())
+                model->setStatusReason(reason);
         });
     });
 }
@@ -150,6 +156,50 @@ void MainViewModel::removeSettings(const std::shared_ptr<State> &state)
         refresh(state);
         state->console.printLine(
             error ? error->localizedDescription.toStdString() : "DNS settings was removed");
+    });
+}
+
+bool MainViewModel::canSwitchOn() const
+{
+    return m_state->systemSwitch != nullptr;
+}
+
+void MainViewModel::setStatusReason(const QString &reason)
+{
+    if (reason == m_statusReason)
+        return;
+    m_statusReason = reason;
+    emit statusReasonChanged();
+}
+
+void MainViewModel::setSwitchingOn(bool on)
+{
+    if (on == m_isSwitchingOn)
+        return;
+    m_isSwitchingOn = on;
+    emit isSwitchingOnChanged();
+}
+
+void MainViewModel::switchOn()
+{
+    if (!m_state->systemSwitch || m_isSwitchingOn)
+        return;
+    setSwitchingOn(true);
+    m_state->systemSwitch->switchOn([state = m_state](std::optional<QString> error) {
+        if (error)
+            state->console.printLine(error->toStdString());
+        state->mainQueue.async([state, error] {
+            MainViewModel *model = state->model.data();
+            if (model)
+                model->setSwitchingOn(false);
+            // A failure stays on screen until the next look at the machine; success is confirmed by one.
+            if (error) {
+                if (model)
+                    model->setStatusReason(*error);
+                return;
+            }
+            refresh(state);
+        });
     });
 }
 

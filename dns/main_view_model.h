@@ -17,6 +17,7 @@ class Console;
 class DNSSettingsManager;
 class Environment;
 class MainQueue;
+class SystemDnsSwitch;
 struct Resolver;
 
 // The main screen's state and actions. QML binds to it; every rule (which title, which colour, which
@@ -36,6 +37,10 @@ class MainViewModel : public QObject
     Q_PROPERTY(bool isScoreGood READ isScoreGood NOTIFY scoreChanged)
     // One map per row, in display order: {"host": QString, "blocked": bool, "label": QString}.
     Q_PROPERTY(QVariantList resultRows READ resultRows NOTIFY resultsChanged)
+    // Where the app switches blocking on itself (a desktop): why it is not on, and the switch.
+    Q_PROPERTY(bool canSwitchOn READ canSwitchOn CONSTANT)
+    Q_PROPERTY(QString statusReason READ statusReason NOTIFY statusReasonChanged)
+    Q_PROPERTY(bool isSwitchingOn READ isSwitchingOn NOTIFY isSwitchingOnChanged)
 
 public:
     enum class ScenePhase { Active, Inactive, Background };
@@ -50,6 +55,8 @@ public:
         std::function<void()> incrementLaunchCount;
         // Called once, on first use of the tester.
         std::function<std::unique_ptr<AdBlockTester>()> makeTester;
+        // None on the phone, where the user switches the configuration on in the system settings.
+        SystemDnsSwitch *systemSwitch = nullptr;
     };
 
     explicit MainViewModel(Dependencies dependencies, QObject *parent = nullptr);
@@ -68,6 +75,11 @@ public:
     QString scoreText();
     bool isScoreGood();
     QVariantList resultRows();
+    bool canSwitchOn() const;
+    QString statusReason() const { return m_statusReason; }
+    bool isSwitchingOn() const { return m_isSwitchingOn; }
+    // Asks for authorisation and switches the saved configuration on for the machine; refreshes after.
+    Q_INVOKABLE void switchOn();
 
     void refreshStatus();
     Q_INVOKABLE void addNetworkSettings();
@@ -89,6 +101,8 @@ signals:
     void scenePhaseChanged();
     void resultsChanged();
     void scoreChanged();
+    void statusReasonChanged();
+    void isSwitchingOnChanged();
 
 private:
     struct State;
@@ -104,6 +118,10 @@ private:
     std::function<std::unique_ptr<AdBlockTester>()> m_makeTester;
     ScenePhase m_scenePhase = ScenePhase::Active;
     std::unique_ptr<AdBlockTester> m_tester;
+    QString m_statusReason;
+    bool m_isSwitchingOn = false;
+    void setStatusReason(const QString &reason);
+    void setSwitchingOn(bool on);
 };
 
 } // namespace brivanta

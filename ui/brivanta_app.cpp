@@ -49,6 +49,7 @@ BrivantaApp::BrivantaApp(QGuiApplication &application)
           .console = m_console,
           .incrementLaunchCount = [this] { incrementLaunchCount(m_preferences, m_application); },
           .makeTester = [this] { return std::make_unique<AdBlockTester>(m_httpClient, m_mainQueue); },
+          .systemSwitch = &m_dnsSettingsManager,
       })
     , m_supportActions({
           .bundle = m_bundle,

@@ -7,14 +7,24 @@ namespace brivanta {
 
 namespace {
 
-// Step 0 names the add button and step 3 the app's display name, under which the system lists its
-// DNS configuration; both must stay in step with those.
+// Step 0 names the add button; the last step names what the user picks or presses to switch the
+// configuration on, which must stay in step with the screen and the system.
+#ifdef Q_OS_LINUX
+// On Linux the app switches the machine's DNS itself (the status card's button, or brivanta-dns).
+const std::array<const char *, 4> steps {
+    "Press 'Add Network Settings' above.",
+    "Press 'Switch On' on the status card.",
+    "Confirm with your password: every lookup of this computer then goes through Brivanta.",
+    "The status reads 'Enabled' once a test lookup has really gone through the filtering resolver.",
+};
+#else
 const std::array<const char *, 4> steps {
     "Tap 'Add Network Settings' above.",
     "Open Settings on your device.",
     "Go to General > VPN & Device Management.",
     "Select DNS and choose 'Brivanta'.",
 };
+#endif
 
 } // namespace
 

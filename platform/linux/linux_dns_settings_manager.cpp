@@ -193,10 +193,8 @@ std::optional<PlatformError> LinuxDNSSettingsManager::save(const DnsSlot &wanted
         return error;
 
     std::optional<PlatformError> answer;
-    bool enabled = false;
     const QByteArray wantedJson = DnsSlotStore::configurationJson(wanted);
     if (auto error = m_store.update([&](DnsSlot &slot) {
-            enabled = slot.enabled;
             if (DnsSlotStore::configurationJson(slot) == wantedJson) {
                 answer = PlatformError { QString::fromLatin1(neConfigurationErrorDomain),
                     neConfigurationError::unchanged, tr("configuration is unchanged") };
@@ -208,8 +206,6 @@ std::optional<PlatformError> LinuxDNSSettingsManager::save(const DnsSlot &wanted
         })) {
         return error;
     }
-    std::lock_guard lock(m_mutex);
-    m_slot.enabled = enabled;
     return answer;
 }
 

@@ -78,6 +78,8 @@ SystemDnsVerdict decideStatus(const SystemDnsObservation &seen, const QString &s
         return no(seen.routingProblem);
     if (!seen.otherServers.isEmpty())
         return no(tr("Names can still reach %1 directly.").arg(seen.otherServers.join(QLatin1String(", "))));
+    if (seen.canary == Canary::WrongAddress)
+        return no(tr("Lookups do not go through Brivanta."));
     if (seen.canary != Canary::Answered) {
         if (!seen.forwarderRunning)
             return no(tr("The forwarder is not running."));
@@ -88,6 +90,17 @@ SystemDnsVerdict decideStatus(const SystemDnsObservation &seen, const QString &s
     if (seen.forwarderEndpoint != savedEndpoint)
         return no(tr("Switched on for another DNS address."));
     return { true, QString() };
+}
+
+SystemDnsPaths SystemDnsPaths::fromEnvironment()
+{
+    SystemDnsPaths paths;
+    const QString root = qEnvironmentVariable("BRIVANTA_SYSTEM_ROOT");
+    if (!root.isEmpty()) {
+        for (QString *path : { &paths.stateFile, &paths.healthFile, &paths.resolvConf })
+            *path = root + *path;
+    }
+    return paths;
 }
 
 SystemDnsProbe::SystemDnsProbe(SystemDnsPaths paths, std::chrono::milliseconds canaryTimeout)

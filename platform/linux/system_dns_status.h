@@ -46,6 +46,9 @@ struct SystemDnsPaths
     QString stateFile = QStringLiteral("/var/lib/brivanta/state.json");
     QString healthFile = QStringLiteral("/run/brivanta/health.json");
     QString resolvConf = QStringLiteral("/etc/resolv.conf");
+
+    // Under $BRIVANTA_SYSTEM_ROOT when it is set (tests), else the real paths.
+    static SystemDnsPaths fromEnvironment();
 };
 
 // Reads the files, asks systemd-resolved over D-Bus, and resolves a canary name through the system
@@ -53,7 +56,7 @@ struct SystemDnsPaths
 class SystemDnsProbe
 {
 public:
-    explicit SystemDnsProbe(SystemDnsPaths paths = {}, std::chrono::milliseconds canaryTimeout = std::chrono::seconds(3));
+    explicit SystemDnsProbe(SystemDnsPaths paths = SystemDnsPaths::fromEnvironment(), std::chrono::milliseconds canaryTimeout = std::chrono::seconds(3));
     virtual ~SystemDnsProbe() = default;
 
     // Stops early once something rules "Enabled" out, unless `everything` is asked (for a diagnosis).

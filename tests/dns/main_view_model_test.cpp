@@ -2,6 +2,7 @@
 #include "dns/main_view_model.h"
 #include "fakes/fake_dns_settings_manager.h"
 #include "fakes/fake_environment.h"
+#include "fakes/fake_system_dns_switch.h"
 #include "fakes/manual_main_queue.h"
 #include "fakes/recording_console.h"
 #include "model/resolver.h"
@@ -39,6 +40,7 @@ protected:
                 ++testersMade;
                 return AdBlockTester::withTestDomainsForTesting(http, mainQueue, testDomains);
             },
+            withSwitch ? &systemSwitch : nullptr,
         });
     }
 
@@ -51,6 +53,8 @@ protected:
     }
 
     FakeDNSSettingsManager manager;
+    FakeSystemDnsSwitch systemSwitch;
+    bool withSwitch = false;
     ManualMainQueue mainQueue;
     FakeEnvironment environment;
     RecordingConsole console;
@@ -62,6 +66,38 @@ protected:
 };
 
 // Status refresh
+
+TEST_F(MainViewModelTest, OnADesktopTheReasonArrivesWithTheFlagAndSwitchingOnRefreshesOnlyOnSuccess)
+{
+    EXPECT_FALSE(model->canSwitchOn());
+    withSwitch = true;
+    resetModel();
+    ASSERT_TRUE(model->canSwitchOn());
+    systemSwitch.setReason(QStringLiteral("Not switched on."));
+    model->refreshStatus();
+    manager.release(Operation::Load);
+    // Taken when the load completes: a later change is the next refresh's.
+    systemSwitch.setReason(QStringLiteral("later"));
+    EXPECT_EQ(model->statusReason(), QString());
+    mainQueue.runAll();
+    EXPECT_EQ(model->statusReason(), QStringLiteral("Not switched on."));
+
+    model->switchOn();
+    model->switchOn(); // one request at a time
+    ASSERT_EQ(systemSwitch.pending.size(), 1u);
+    EXPECT_TRUE(model->isSwitchingOn());
+    systemSwitch.pending[0](QStringLiteral("Switching on was cancelled."));
+    mainQueue.runAll();
+    EXPECT_FALSE(model->isSwitchingOn());
+    EXPECT_EQ(model->statusReason(), QStringLiteral("Switching on was cancelled."));
+    EXPECT_EQ(console.lines(), Lines { "Switching on was cancelled." });
+    EXPECT_EQ(manager.count(Operation::Load), 1);
+
+    model->switchOn();
+    systemSwitch.pending[1](std::nullopt);
+    mainQueue.runAll();
+    EXPECT_EQ(manager.count(Operation::Load), 2);
+}
 
 TEST_F(MainViewModelTest, RefreshOnADeviceAsksThePlatformAndSetsTheFlagOnTheMainQueue)
 {

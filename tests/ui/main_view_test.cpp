@@ -291,7 +291,7 @@ TEST_F(MainViewTest, UnderAGermanLocaleTheLabelsAreGerman)
     EXPECT_EQ(harness.item("addButton")->property("title").toString(), "Netzwerkeinstellungen hinzufügen");
     // Table texts stay as they are.
     EXPECT_EQ(harness.items("instructionText").first()->property("text").toString(),
-        "Tap 'Add Network Settings' above.");
+        "Press 'Add Network Settings' above.");
     QCoreApplication::removeTranslator(&german);
 }
 

@@ -77,15 +77,6 @@ TEST(OnboardingButtonRule, TitleAndPress)
     }
 }
 
-TEST(InstructionStepsTable, FourStepsInOrder)
-{
-    ASSERT_EQ(InstructionSteps::count(), 4);
-    EXPECT_EQ(InstructionSteps::text(0), "Tap 'Add Network Settings' above.");
-    EXPECT_EQ(InstructionSteps::text(1), "Open Settings on your device.");
-    EXPECT_EQ(InstructionSteps::text(2), "Go to General > VPN & Device Management.");
-    EXPECT_EQ(InstructionSteps::text(3), "Select DNS and choose 'Brivanta'.");
-}
-
 TEST(InstructionStepsTableDeathTest, AnIndexAboveThreeIsFatal)
 {
     EXPECT_DEATH(InstructionSteps::text(4), "");

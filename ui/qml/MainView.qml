@@ -82,8 +82,12 @@ Item {
                             id: statusCard
                             objectName: "statusCard"
                             isBlockingEnabled: MainViewModel.isBlockingEnabled
+                            canSwitchOn: MainViewModel.canSwitchOn
+                            isSwitchingOn: MainViewModel.isSwitchingOn
+                            reason: MainViewModel.statusReason
                             width: root.screenWidth * Theme.statusWidthFactor(root.isTablet)
-                            height: 180
+                            height: Math.max(180, implicitHeight)
+                            onSwitchOnRequested: MainViewModel.switchOn()
                             anchors.horizontalCenter: parent.horizontalCenter
                         }
                     }

@@ -3,12 +3,19 @@ import QtQuick
 import QtQuick.Layouts
 import Qt5Compat.GraphicalEffects
 
-// Whether ad blocking is on: a shield and a green "Enabled" or red "Disabled" pill.
+// Whether ad blocking is on: a shield and a green "Enabled" or red "Disabled" pill. Where the app can
+// switch blocking on itself (a desktop), a disabled card also says why, and offers the switch.
 Item {
     id: root
 
     property bool isBlockingEnabled: false
+    property bool canSwitchOn: false
+    property bool isSwitchingOn: false
+    property string reason
     readonly property color stateColor: isBlockingEnabled ? Theme.green : Theme.red
+    readonly property bool showsSwitch: canSwitchOn && !isBlockingEnabled
+
+    signal switchOnRequested
 
     implicitWidth: column.implicitWidth + 2 * Theme.padding
     implicitHeight: column.implicitHeight + 2 * Theme.padding
@@ -101,6 +108,29 @@ Item {
                     }
                 }
             }
+        }
+
+        Text {
+            objectName: "statusReason"
+            visible: root.showsSwitch && root.reason.length > 0
+            text: root.reason
+            color: Theme.opacity(Theme.white, 0.8)
+            font.pixelSize: Theme.body
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
+        ActionButton {
+            objectName: "switchOnButton"
+            visible: root.showsSwitch
+            enabled: !root.isSwitchingOn
+            opacity: enabled ? 1 : 0.6
+            title: root.isSwitchingOn ? qsTr("Switching On…") : qsTr("Switch On")
+            icon: "lock.shield"
+            action: () => root.switchOnRequested()
+            Layout.alignment: Qt.AlignHCenter
+            Layout.fillWidth: true
+            Layout.maximumWidth: 260
         }
     }
 }

@@ -95,6 +95,25 @@
     </message>
 </context>
 <context>
+    <name>LinuxDNSSettingsManager</name>
+    <message>
+        <source>Switching on was cancelled.</source>
+        <translation>Das Einschalten wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Switching on failed.</source>
+        <translation>Das Einschalten ist fehlgeschlagen.</translation>
+    </message>
+    <message>
+        <source>Could not run %1.</source>
+        <translation>%1 konnte nicht gestartet werden.</translation>
+    </message>
+    <message>
+        <source>Press “Add Network Settings” first.</source>
+        <translation>Tippe zuerst auf „Netzwerkeinstellungen hinzufügen“.</translation>
+    </message>
+</context>
+<context>
     <name>ShareAndRateRow</name>
     <message>
         <source>Share App</source>
@@ -138,6 +157,14 @@
         <source>Disabled</source>
         <translation>Deaktiviert</translation>
     </message>
+    <message>
+        <source>Switch On</source>
+        <translation>Einschalten</translation>
+    </message>
+    <message>
+        <source>Switching On…</source>
+        <translation>Wird eingeschaltet …</translation>
+    </message>
 </context>
 <context>
     <name>StoreBadge</name>
@@ -171,6 +198,45 @@
     <message>
         <source>🔒 Your email address is never shared with anyone, and we do not collect any personal data.</source>
         <translation>🔒 Deine E-Mail-Adresse wird niemals weitergegeben, und wir erheben keine personenbezogenen Daten.</translation>
+    </message>
+</context>
+<context>
+    <name>SystemDnsStatus</name>
+    <message>
+        <source>Paused until %1.</source>
+        <translation>Pausiert bis %1.</translation>
+    </message>
+    <message>
+        <source>Not switched on.</source>
+        <translation>Nicht eingeschaltet.</translation>
+    </message>
+    <message>
+        <source>Switched on for another DNS address.</source>
+        <translation>Für eine andere DNS-Adresse eingeschaltet.</translation>
+    </message>
+    <message>
+        <source>Names can still reach %1 directly.</source>
+        <translation>Namen können %1 weiterhin direkt erreichen.</translation>
+    </message>
+    <message>
+        <source>The forwarder is not running.</source>
+        <translation>Der Weiterleitungsdienst läuft nicht.</translation>
+    </message>
+    <message>
+        <source>The filtering resolver cannot be reached: %1.</source>
+        <translation>Der filternde DNS-Server ist nicht erreichbar: %1.</translation>
+    </message>
+    <message>
+        <source>Lookups do not go through Brivanta.</source>
+        <translation>Namensabfragen laufen nicht über Brivanta.</translation>
+    </message>
+    <message>
+        <source>Cannot read systemd-resolved&apos;s settings.</source>
+        <translation>Die Einstellungen von systemd-resolved sind nicht lesbar.</translation>
+    </message>
+    <message>
+        <source>the network&apos;s own DNS server</source>
+        <translation>den DNS-Server des Netzwerks</translation>
     </message>
 </context>
 <context>

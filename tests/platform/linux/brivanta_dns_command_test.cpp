@@ -24,6 +24,15 @@ protected:
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), configHome());
+        // A stand-in for pkexec and the helper, and an empty machine to look at.
+        const QString helper = configHome() + QStringLiteral("/helper.sh");
+        writeFile(helper,
+            QStringLiteral("echo \"$*\" >> %1\n[ %2 = 0 ] || echo 'brivanta-dns-apply: the endpoint did not answer' >&2\nexit %2\n")
+                .arg(helperLog())
+                .arg(m_helperExit)
+                .toUtf8());
+        environment.insert(QStringLiteral("BRIVANTA_DNS_APPLY_COMMAND"), QStringLiteral("sh ") + helper);
+        environment.insert(QStringLiteral("BRIVANTA_SYSTEM_ROOT"), configHome());
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral(BRIVANTA_DNS_BINARY), arguments);
         EXPECT_TRUE(process.waitForFinished(30000));
@@ -39,23 +48,19 @@ protected:
         ASSERT_EQ(finish([&](auto done) { manager.saveToPreferences(std::move(done)); }).error, std::nullopt);
     }
 
-    bool loadedIsEnabled()
-    {
-        LinuxDNSSettingsManager manager(storePath());
-        EXPECT_EQ(
-            finish([&](auto done) { manager.loadFromPreferences(std::move(done)); }).error, std::nullopt);
-        return manager.isEnabled();
-    }
+    QString helperLog() const { return configHome() + QStringLiteral("/helper.log"); }
+    int m_helperExit = 0;
 };
 
-TEST_F(BrivantaDnsCommandTest, StatusOfAnEmptySlot)
+TEST_F(BrivantaDnsCommandTest, StatusSaysWhyBlockingIsOffAndExits1)
 {
+    saveBuiltInLike();
     const CommandRun result = run({ QStringLiteral("status") });
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.out,
-        QStringLiteral("Saved DNS settings: none\nSwitched on: no\nStore: ") + storePath()
-            + QStringLiteral("\n"));
-    EXPECT_EQ(result.err, QString());
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.out.startsWith(
+        QStringLiteral("Saved DNS settings: DNS-over-HTTPS, server URL https://dns.example.test/c7e091\nApplied: no\n")))
+        << result.out.toStdString();
+    EXPECT_TRUE(result.out.endsWith(QStringLiteral("Blocking: off. Not switched on.\n"))) << result.out.toStdString();
 }
 
 TEST_F(BrivantaDnsCommandTest, EnablingWithNothingSavedSaysWhatToDoFirst)
@@ -68,37 +73,25 @@ TEST_F(BrivantaDnsCommandTest, EnablingWithNothingSavedSaysWhatToDoFirst)
     EXPECT_FALSE(QFileInfo::exists(storePath()));
 }
 
-TEST_F(BrivantaDnsCommandTest, SwitchesTheSavedSettingsOnAndOffForTheApplication)
+TEST_F(BrivantaDnsCommandTest, AsksTheHelperWithTheSavedEndpointAndReportsItsFailure)
 {
     saveBuiltInLike();
+    EXPECT_EQ(run({ QStringLiteral("enable") }).exitCode, 0);
+    EXPECT_EQ(run({ QStringLiteral("pause"), QStringLiteral("5m") }).exitCode, 0);
+    EXPECT_EQ(run({ QStringLiteral("disable") }).exitCode, 0);
+    EXPECT_EQ(fileBytes(helperLog()), QByteArray("enable https://dns.example.test/c7e091\npause 300\ndisable\n"));
 
-    CommandRun result = run({ QStringLiteral("enable") });
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.out, QStringLiteral("Brivanta's DNS settings are switched on.\n"));
-    EXPECT_TRUE(loadedIsEnabled());
-
-    result = run({ QStringLiteral("enable") });
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.out, QStringLiteral("Brivanta's DNS settings were already switched on.\n"));
-
-    result = run({ QStringLiteral("status") });
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.out,
-        QStringLiteral("Saved DNS settings: DNS-over-HTTPS, server URL https://dns.example.test/c7e091\n"
-                       "On-demand rules: 0\nSwitched on: yes\nStore: ")
-            + storePath() + QStringLiteral("\n"));
-
-    result = run({ QStringLiteral("disable") });
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.out, QStringLiteral("Brivanta's DNS settings are switched off.\n"));
-    EXPECT_FALSE(loadedIsEnabled());
+    m_helperExit = 1;
+    const CommandRun failed = run({ QStringLiteral("enable") });
+    EXPECT_EQ(failed.exitCode, 1);
+    EXPECT_EQ(failed.err, QStringLiteral("the endpoint did not answer\n"));
 }
 
 TEST_F(BrivantaDnsCommandTest, DamagedStoreIsOneSentenceOnStandardErrorAndStaysAsItIs)
 {
     ASSERT_TRUE(QDir().mkpath(QFileInfo(storePath()).absolutePath()));
     writeFile(storePath(), "not json");
-    for (const char *command : { "status", "enable", "disable" }) {
+    for (const char *command : { "status", "enable" }) {
         const CommandRun result = run({ QString::fromLatin1(command) });
         EXPECT_EQ(result.exitCode, 1) << command;
         EXPECT_TRUE(result.err.startsWith(
@@ -133,21 +126,21 @@ TEST_P(BrivantaDnsUsageTest, ExitsWith2AndOneSentence)
 
 INSTANTIATE_TEST_SUITE_P(Command, BrivantaDnsUsageTest,
     ::testing::Values(
-        UsageCase { "NoCommand", {}, "Expected one command: status, enable or disable (see --help).\n" },
+        UsageCase { "NoCommand", {}, "Expected one command: status, enable, disable or pause <time> (see --help).\n" },
         UsageCase { "TwoCommands", { QStringLiteral("status"), QStringLiteral("now") },
-            "Expected one command: status, enable or disable (see --help).\n" },
+            "Expected one command: status, enable, disable or pause <time> (see --help).\n" },
         UsageCase { "UnknownCommand", { QStringLiteral("frobnicate") },
-            "Unknown command “frobnicate”: use status, enable or disable (see --help).\n" }),
+            "Unknown command “frobnicate”: use status, enable, disable or pause (see --help).\n" },
+        UsageCase { "PauseTooLong", { QStringLiteral("pause"), QStringLiteral("25h") },
+            "Pause for how long? Give 1 second to 24 hours, e.g. 90s, 5m or 1h.\n" }),
     [](const auto &info) { return std::string(info.param.name); });
 
-TEST_F(BrivantaDnsCommandTest, HelpSaysWhereTheSlotIsAndWhatEnableDoesNotDo)
+TEST_F(BrivantaDnsCommandTest, HelpSaysWhereTheSlotIs)
 {
     const CommandRun result = run({ QStringLiteral("--help") });
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_TRUE(result.out.startsWith(QStringLiteral("Usage: brivanta-dns <command>\n")));
     EXPECT_TRUE(result.out.contains(QStringLiteral("\n  ") + storePath() + QStringLiteral("\n")));
-    EXPECT_TRUE(result.out.contains(
-        QStringLiteral("What enable does NOT do: it does not change how this computer resolves names.")));
 }
 
 } // namespace

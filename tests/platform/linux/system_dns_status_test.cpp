@@ -1,0 +1,162 @@
+#include "dns_slot_test_support.h"
+#include "forwarder/canary.h"
+#include "platform/linux/linux_dns_settings_manager.h"
+#include "platform/linux/system_dns_status.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QHostAddress>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <unistd.h>
+
+namespace brivanta::testing {
+namespace {
+
+const QString endpoint = QStringLiteral("https://dns.example.test/c7e091");
+
+SystemDnsObservation workingMachine()
+{
+    SystemDnsObservation seen;
+    seen.phase = QStringLiteral("applied");
+    seen.appliedEndpoint = seen.forwarderEndpoint = endpoint;
+    seen.stack = QStringLiteral("resolvconf");
+    seen.routingKnown = seen.forwarderRunning = true;
+    seen.canary = SystemDnsObservation::Canary::Answered;
+    return seen;
+}
+
+TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDoesNot)
+{
+    EXPECT_TRUE(decideStatus(workingMachine(), endpoint, 0).enabled);
+    EXPECT_EQ(decideStatus(workingMachine(), endpoint, 0).reason, QString());
+
+    using Canary = SystemDnsObservation::Canary;
+    const struct
+    {
+        std::function<void(SystemDnsObservation &)> change;
+        QString savedEndpoint;
+        const char *reason;
+    } cases[] = {
+        { [](auto &s) { s.phase = QStringLiteral("disabled"); }, endpoint, "Not switched on." },
+        { [](auto &s) { s.phase = QStringLiteral("paused"); }, endpoint, "Not switched on." }, // pause over
+        { [](auto &) {}, QString(), "Switched on for another DNS address." },
+        { [](auto &) {}, QStringLiteral("https://other.test/"), "Switched on for another DNS address." },
+        { [](auto &s) { s.routingKnown = false, s.routingProblem = QStringLiteral("Cannot read."); }, endpoint,
+            "Cannot read." },
+        { [](auto &s) { s.otherServers = { QStringLiteral("192.0.2.1"), QStringLiteral("192.0.2.2") }; }, endpoint,
+            "Names can still reach 192.0.2.1, 192.0.2.2 directly." },
+        { [](auto &s) { s.canary = Canary::NoAnswer, s.forwarderRunning = false; }, endpoint,
+            "The forwarder is not running." },
+        { [](auto &s) { s.canary = Canary::NoAnswer, s.lastFailureMs = 2, s.lastError = QStringLiteral("HTTP 403"); },
+            endpoint, "The filtering resolver cannot be reached: HTTP 403." },
+        { [](auto &s) { s.canary = Canary::WrongAddress, s.lastSuccessMs = 3, s.lastFailureMs = 2; }, endpoint,
+            "Lookups do not go through Brivanta." },
+        { [](auto &s) { s.forwarderEndpoint = QStringLiteral("https://old.test/"); }, endpoint,
+            "Switched on for another DNS address." },
+    };
+    for (const auto &c : cases) {
+        SystemDnsObservation seen = workingMachine();
+        c.change(seen);
+        const SystemDnsVerdict verdict = decideStatus(seen, c.savedEndpoint, 1000);
+        EXPECT_FALSE(verdict.enabled) << c.reason;
+        EXPECT_EQ(verdict.reason, QString::fromUtf8(c.reason));
+    }
+
+    SystemDnsObservation paused = workingMachine();
+    paused.phase = QStringLiteral("paused");
+    paused.pausedUntilMs = QDateTime::currentMSecsSinceEpoch() + 60000;
+    EXPECT_TRUE(decideStatus(paused, endpoint, paused.pausedUntilMs - 1).reason.startsWith(QStringLiteral("Paused until ")));
+}
+
+// The probe on files in a temporary root, with the system resolver's answer scripted.
+class ScriptedProbe : public SystemDnsProbe
+{
+public:
+    ScriptedProbe(const SystemDnsPaths &paths, std::function<QString(const QString &)> answer)
+        : SystemDnsProbe(paths)
+        , m_answer(std::move(answer))
+    {
+    }
+    QString lookupIPv4(const QString &name) const override { return m_answer(name); }
+
+private:
+    std::function<QString(const QString &)> m_answer;
+};
+
+class SystemDnsProbeTest : public SlotDirectory
+{
+protected:
+    void SetUp() override
+    {
+        SlotDirectory::SetUp();
+        m_paths.stateFile = configHome() + QStringLiteral("/state.json");
+        m_paths.healthFile = configHome() + QStringLiteral("/health.json");
+        m_paths.resolvConf = configHome() + QStringLiteral("/resolv.conf");
+        writeFile(m_paths.stateFile,
+            QJsonDocument(QJsonObject { { QStringLiteral("phase"), QStringLiteral("applied") },
+                              { QStringLiteral("endpoint"), endpoint }, { QStringLiteral("stack"), QStringLiteral("resolvconf") } })
+                .toJson());
+        writeFile(m_paths.healthFile,
+            QJsonDocument(QJsonObject { { QStringLiteral("pid"), qint64(::getpid()) }, { QStringLiteral("endpoint"), endpoint },
+                              { QStringLiteral("canarySecret"), QString::fromLatin1(secret.toHex()) } })
+                .toJson());
+        writeFile(m_paths.resolvConf, "nameserver 127.0.0.153\n");
+        LinuxDNSSettingsManager saver(storePath());
+        saver.setDnsSettings(httpsSettings(endpoint));
+        ASSERT_EQ(finish([&](auto done) { saver.saveToPreferences(std::move(done)); }).error, std::nullopt);
+    }
+
+    // isEnabled and statusReason after a load through the manager, as the app sees them.
+    std::pair<bool, QString> load(std::function<QString(const QString &)> answer)
+    {
+        LinuxDNSSettingsManager manager(storePath(), std::make_shared<ScriptedProbe>(m_paths, std::move(answer)));
+        EXPECT_EQ(finish([&](auto done) { manager.loadFromPreferences(std::move(done)); }).error, std::nullopt);
+        return { manager.isEnabled(), manager.statusReason() };
+    }
+
+    static QString forwarderAnswer(const QString &name)
+    {
+        return QHostAddress(canaryAddress(secret, name.section(QLatin1Char('.'), 0, 0).toLatin1())).toString();
+    }
+
+    inline static const QByteArray secret = QByteArray::fromHex("00112233445566778899aabbccddeeff");
+    SystemDnsPaths m_paths;
+};
+
+TEST_F(SystemDnsProbeTest, EnabledWhenAFreshCanaryComesBackWithTheForwardersAddress)
+{
+    QStringList asked;
+    const auto [enabled, reason] = load([&](const QString &name) {
+        asked << name;
+        return forwarderAnswer(name);
+    });
+    EXPECT_TRUE(enabled);
+    EXPECT_EQ(reason, QString());
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_TRUE(asked[0].endsWith(QStringLiteral(".canary.brivanta.test")));
+    // A fresh name each time, so that no cache can answer for the forwarder.
+    load([&](const QString &name) {
+        asked << name;
+        return QString();
+    });
+    EXPECT_NE(asked[0], asked[1]);
+}
+
+TEST_F(SystemDnsProbeTest, LeaksAndStrangersAreNotEnabled)
+{
+    EXPECT_EQ(load([](const QString &) { return QStringLiteral("127.0.0.9"); }),
+        std::make_pair(false, QStringLiteral("Lookups do not go through Brivanta.")));
+
+    writeFile(m_paths.resolvConf, "nameserver 127.0.0.153\nnameserver 192.0.2.53\n");
+    EXPECT_EQ(load(&SystemDnsProbeTest::forwarderAnswer),
+        std::make_pair(false, QStringLiteral("Names can still reach 192.0.2.53 directly.")));
+
+    writeFile(m_paths.resolvConf, "# nobody named: glibc asks 127.0.0.1\n");
+    EXPECT_EQ(load(&SystemDnsProbeTest::forwarderAnswer),
+        std::make_pair(false, QStringLiteral("Names can still reach 127.0.0.1 directly.")));
+}
+
+} // namespace
+} // namespace brivanta::testing

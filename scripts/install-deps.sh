@@ -19,7 +19,7 @@ packages=(
     # tests, benchmarks, screenshots, packaging checks
     xvfb xauth xdotool curl desktop-file-utils appstream
     # the forwarder's tests: a local DNS-over-HTTPS server, certificates, namespaces
-    unbound openssl iproute2 util-linux
+    unbound openssl iproute2 util-linux dbus-daemon
     x11-apps python3
 )
 
@@ -28,6 +28,21 @@ for p in "${packages[@]}"; do
     status=$(dpkg-query -W -f='${db:Status-Status}' "$p" 2>/dev/null || true)
     [ "$status" = "installed" ] || missing+=("$p")
 done
+# systemd-resolved for the namespace test: downloaded and unpacked, never installed (its postinst would
+# take over /etc/resolv.conf, and without systemd as PID 1 nothing would answer on 127.0.0.53).
+fetch_resolved() {
+    local cache=/var/cache/brivanta-tests p
+    [ -x "$cache/systemd-resolved/lib/systemd/systemd-resolved" ] && return 0
+    [ "$(id -u)" -eq 0 ] || return 0
+    mkdir -p "$cache/debs"
+    for p in systemd-resolved libsystemd-shared; do
+        (cd "$cache/debs" && { apt-get download -qq "$p" 2>/dev/null || { apt-get update -qq && apt-get download -qq "$p"; }; }) ||
+            { echo "Could not download $p: the systemd-resolved namespace test will be skipped." >&2; return 0; }
+        dpkg-deb -x "$(ls "$cache/debs/${p}"_*.deb | tail -n 1)" "$cache/systemd-resolved"
+    done
+}
+trap fetch_resolved EXIT
+
 [ ${#missing[@]} -eq 0 ] && exit 0
 
 echo "Installing ${#missing[@]} missing Debian package(s): ${missing[*]}"
@@ -42,7 +57,7 @@ policy=""
 if [ ! -e /usr/sbin/policy-rc.d ]; then
     policy=/usr/sbin/policy-rc.d
     printf '#!/bin/sh\nexit 101\n' | $sudo tee "$policy" >/dev/null && $sudo chmod 755 "$policy"
-    trap '$sudo rm -f "$policy"' EXIT
+    trap '$sudo rm -f "$policy"; fetch_resolved' EXIT
 fi
 $sudo apt-get update -qq
 $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -57,10 +57,12 @@ unbound_conf() { # NAME INTERFACE-LINES ZONE-LINES
     printf 'server:\n  username: ""\n  chroot: ""\n  directory: "%s"\n  pidfile: ""\n  use-syslog: no\n  logfile: "%s/%s.log"\n  verbosity: 1\n  log-queries: yes\n  num-threads: 1\n  access-control: 0.0.0.0/0 allow\n  module-config: "iterator"\n  do-not-query-localhost: yes\n%s\n  local-zone: "test." static\n%s\n' \
         "$work" "$work" "$1" "$2" "$3" >"$work/$1.conf"
 }
-unbound_conf isp '  interface: 127.0.0.1@53' '
+unbound_conf isp '  interface: 127.0.0.1@53
+  interface: 192.0.2.9@53' '
   local-data: "doh.test. 300 IN A 127.0.0.1"
   local-data: "h1.test. 300 IN A 198.51.100.1"
-  local-data: "ads.test. 300 IN A 198.51.100.2"'
+  local-data: "ads.test. 300 IN A 198.51.100.2"
+  local-data: "printer.lan. 300 IN A 198.51.100.3"'
 unbound_conf doh "  interface: 127.0.0.1@8443
   https-port: 8443
   http-endpoint: \"/dns-query\"
@@ -100,6 +102,23 @@ grep -q 'h1.test' "$work/doh.log" || fail "the DoH upstream never saw the query"
 canary=$(lookup "n$RANDOM.canary.brivanta.test")
 case $canary in 127.*) ok "canary resolves through the system resolver ($canary)" ;; *) fail "no canary: '$canary'" ;; esac
 ok "enable: lookups go through brivanta-dohd to the DoH upstream ($stack)"
+status() { BRIVANTA_SYSTEM_ROOT= HOME=$work XDG_CONFIG_HOME=$work/config "$build/platform/linux/brivanta-dns" status; }
+mkdir -p "$work/config/brivanta"
+printf '{"format":1,"enabled":true,"dnsSettings":{"protocol":"dnsOverHTTPS","servers":[],"serverURL":"https://doh.test:8443/dns-query"},"onDemandRules":[]}\n' \
+    >"$work/config/brivanta/dns-slot.json"
+status >"$work/status.txt" || fail "brivanta-dns status says off while it is on: $(cat "$work/status.txt")"
+ok "brivanta-dns status: on"
+
+if [ "$stack" = resolved ]; then
+    [ "$(lookup printer.lan)" = 198.51.100.3 ] || fail "the link's own search domain no longer reaches the link's server"
+    ok "names of the link's search domain still go to the link's server"
+    # A link that claims every name too (as a VPN does) makes resolved race both servers: a leak.
+    "$RESOLVECTL" domain brv0 '~.' lan
+    status >"$work/status.txt" && fail "status says on while a link routes every name elsewhere"
+    grep -q 'Names can still reach 192.0.2.9 directly' "$work/status.txt" || fail "no leak reason: $(cat "$work/status.txt")"
+    "$RESOLVECTL" domain brv0 lan
+    ok "status: a link that routes every name is a leak"
+fi
 
 # A crash after routing but before the state was written, then disable: all restored.
 rm -f /var/lib/brivanta/state.json
@@ -121,7 +140,9 @@ apply resume >/dev/null 2>&1 || fail "resume failed"
 ok "pause and resume"
 pkill -x brivanta-dohd
 [ -z "$(lookup h2.test)" ] || fail "forwarder stopped, yet names resolve: lookups went around it"
-ok "fail closed: with the forwarder gone, nothing resolves"
+status >"$work/status.txt" && fail "status says on with the forwarder stopped"
+grep -q 'Blocking: off. The forwarder is not running.' "$work/status.txt" || fail "wrong reason: $(cat "$work/status.txt")"
+ok "fail closed: with the forwarder gone, nothing resolves and the status says why"
 apply disable >/dev/null 2>&1 || fail "final disable failed"
 cmp -s /etc/resolv.conf "$work/resolv.conf.before" || fail "resolv.conf differs after the final disable"
 echo "PASSED ($stack)"

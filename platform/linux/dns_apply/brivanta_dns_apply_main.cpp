@@ -1,11 +1,10 @@
 // brivanta-dns-apply: the only part of Brivanta that runs as root, through pkexec (polkit action
 // app.brivanta.dns.apply). It routes this computer's DNS through brivanta-dohd and undoes that exactly.
 
-#include "platform/linux/dns_apply/dns_apply.h"
-
 #include "brivanta_build_config.h"
 #include "forwarder/canary.h"
 #include "forwarder/forwarder_config.h"
+#include "platform/linux/dns_apply/dns_apply.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -14,11 +13,13 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QThread>
 #include <QUdpSocket>
-
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <pwd.h>
@@ -41,7 +42,8 @@ QString testSetting(const char *name)
 QString forwarderProgram()
 {
     const QString overridden = testSetting("BRIVANTA_DOHD");
-    return overridden.isEmpty() ? QString::fromUtf8(build::libexecDir) + QStringLiteral("/brivanta-dohd") : overridden;
+    return overridden.isEmpty() ? QString::fromUtf8(build::libexecDir) + QStringLiteral("/brivanta-dohd")
+                                : overridden;
 }
 
 // Processes whose command name is `comm` and whose arguments contain `argument`.
@@ -59,11 +61,21 @@ QList<pid_t> processes(const QByteArray &comm, const QByteArray &argument = QByt
         QFile cmdline(dir + QStringLiteral("/cmdline"));
         if (!commFile.open(QIODevice::ReadOnly) || commFile.readAll().trimmed() != comm)
             continue;
-        if (!argument.isEmpty() && (!cmdline.open(QIODevice::ReadOnly) || !cmdline.readAll().contains(argument)))
+        if (!argument.isEmpty()
+            && (!cmdline.open(QIODevice::ReadOnly) || !cmdline.readAll().contains(argument)))
             continue;
         found << pid;
     }
     return found;
+}
+
+// A live brivanta-dohd (a zombie has no command line left).
+bool isForwarder(pid_t pid)
+{
+    QFile comm(QStringLiteral("/proc/%1/comm").arg(pid));
+    QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(pid));
+    return comm.open(QIODevice::ReadOnly) && comm.readAll().trimmed() == "brivanta-dohd"
+        && cmdline.open(QIODevice::ReadOnly) && !cmdline.read(1).isEmpty();
 }
 
 class LinuxSystemActions final : public SystemActions
@@ -74,10 +86,12 @@ public:
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(command.first(), command.mid(1));
-        if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
+        if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit
+            || process.exitCode() != 0) {
             error = QStringLiteral("%1: %2").arg(command.join(QLatin1Char(' ')),
-                process.error() == QProcess::FailedToStart ? QStringLiteral("not found")
-                                                          : QString::fromLocal8Bit(process.readAll()).trimmed());
+                process.error() == QProcess::FailedToStart
+                    ? QStringLiteral("not found")
+                    : QString::fromLocal8Bit(process.readAll()).trimmed());
             return false;
         }
         return true;
@@ -86,14 +100,14 @@ public:
     bool startForwarder(const DnsApplyPaths &paths, QString &error) override
     {
         // Without systemd nobody holds port 53 for the forwarder: it binds as root, then becomes nobody.
-        QDir().mkpath(paths.stateDir);
+        QDir().mkpath(paths.forwarderStateDir);
         QProcess process;
         process.setProgram(QStringLiteral("setsid"));
         process.setArguments({ forwarderProgram(), QStringLiteral("--config"), paths.forwarderConfig,
             QStringLiteral("--user"), QStringLiteral("nobody") });
         process.setStandardInputFile(QProcess::nullDevice());
         process.setStandardOutputFile(QProcess::nullDevice());
-        process.setStandardErrorFile(paths.stateDir + QStringLiteral("/dohd.log"));
+        process.setStandardErrorFile(paths.forwarderStateDir + QStringLiteral("/dohd.log"));
         if (!process.startDetached()) {
             error = process.errorString();
             return false;
@@ -103,18 +117,27 @@ public:
 
     void stopForwarder(const DnsApplyPaths &paths) override
     {
-        const QList<pid_t> running = processes("brivanta-dohd", QFile::encodeName(paths.forwarderConfig));
+        // The pid the forwarder wrote, if it is still that program, and any started with our configuration
+        // before it got to write one.
+        QList<pid_t> running = processes("brivanta-dohd", QFile::encodeName(paths.forwarderConfig));
+        QFile health(paths.forwarderStateDir + QStringLiteral("/health.json"));
+        if (health.open(QIODevice::ReadOnly)) {
+            const auto pid = pid_t(
+                QJsonDocument::fromJson(health.readAll()).object().value(QLatin1String("pid")).toInteger());
+            if (pid > 1 && !running.contains(pid) && isForwarder(pid))
+                running << pid;
+        }
         for (pid_t pid : running)
             ::kill(pid, SIGTERM);
         QElapsedTimer waited;
         waited.start();
-        while (!processes("brivanta-dohd", QFile::encodeName(paths.forwarderConfig)).isEmpty()) {
+        while (std::any_of(running.cbegin(), running.cend(), isForwarder)) {
             if (waited.elapsed() > 3000) {
                 for (pid_t pid : running)
                     ::kill(pid, SIGKILL);
                 break;
             }
-            QThread::msleep(50);
+            QThread::msleep(20);
         }
     }
 
@@ -151,19 +174,13 @@ public:
         return true;
     }
 
-    bool scheduleResume(int seconds, QString &error) override
+    bool scheduleResumeDetached(int seconds, QString &error) override
     {
-        const QString self = QCoreApplication::applicationFilePath();
-        if (QFileInfo::exists(QStringLiteral("/run/systemd/system"))) {
-            return run({ QStringLiteral("systemd-run"), QStringLiteral("--on-active=%1s").arg(seconds),
-                           QStringLiteral("--unit=brivanta-dns-resume"), QStringLiteral("--collect"), self,
-                           QStringLiteral("resume") },
-                error);
-        }
         QProcess process;
         process.setProgram(QStringLiteral("setsid"));
-        process.setArguments({ QStringLiteral("sh"), QStringLiteral("-c"), QStringLiteral("sleep \"$0\"; exec \"$1\" resume"),
-            QString::number(seconds), self });
+        process.setArguments(
+            { QStringLiteral("sh"), QStringLiteral("-c"), QStringLiteral("sleep \"$0\"; exec \"$1\" resume"),
+                QString::number(seconds), QCoreApplication::applicationFilePath() });
         process.setStandardInputFile(QProcess::nullDevice());
         process.setStandardOutputFile(QProcess::nullDevice());
         process.setStandardErrorFile(QProcess::nullDevice());
@@ -180,7 +197,10 @@ public:
 int usage(const QString &why)
 {
     std::fprintf(stderr, "brivanta-dns-apply: %s\n", qPrintable(why));
-    std::fputs("Usage: brivanta-dns-apply enable <https://host/path> | disable | pause <seconds> | resume | state\n", stderr);
+    std::fputs(
+        "Usage: brivanta-dns-apply enable <https://host[:port][/path]> | disable | pause <seconds> | resume "
+        "| state\n",
+        stderr);
     return exitUsage;
 }
 
@@ -193,47 +213,59 @@ int main(int argc, char **argv)
     if (args.isEmpty())
         return usage(QStringLiteral("no command given"));
     const QString &verb = args[0];
+    static const QStringList verbs { QStringLiteral("enable"), QStringLiteral("disable"),
+        QStringLiteral("pause"), QStringLiteral("resume"), QStringLiteral("state") };
+    if (!verbs.contains(verb))
+        return usage(QStringLiteral("unknown command \"%1\"").arg(verb));
     const qsizetype expected = (verb == QLatin1String("enable") || verb == QLatin1String("pause")) ? 2 : 1;
     if (args.size() != expected)
         return usage(QStringLiteral("wrong number of arguments for \"%1\"").arg(verb));
+    int seconds = 0;
+    if (verb == QLatin1String("enable")) {
+        if (auto problem = validateEndpoint(args[1]))
+            return usage(*problem);
+    } else if (verb == QLatin1String("pause")) {
+        static const QRegularExpression digits(QStringLiteral("^[0-9]{1,5}$"));
+        seconds = digits.match(args[1]).hasMatch() ? args[1].toInt() : 0;
+        if (seconds < 1 || seconds > 86400)
+            return usage(QStringLiteral("pause takes a number of seconds from 1 to 86400"));
+    }
 
     const QString root = testSetting("BRIVANTA_APPLY_ROOT");
+    DnsApplyPaths paths(root.isEmpty() ? QStringLiteral("/") : root);
+    paths.helperProgram = QCoreApplication::applicationFilePath();
+    // Tests stop the helper after that many steps, as a crash would.
+    const int crashAfter = testSetting("BRIVANTA_APPLY_CRASH_AFTER").toInt();
+    int steps = 0;
     LinuxSystemActions system;
-    DnsApply apply(DnsApplyPaths(root.isEmpty() ? QStringLiteral("/") : root), system);
+    DnsApply apply(paths, system, [&](const QString &line) {
+        std::fprintf(stderr, "brivanta-dns-apply: %s\n", qPrintable(line));
+        if (++steps == crashAfter)
+            ::_exit(86);
+    });
     if (verb == QLatin1String("state")) {
         std::fputs(QJsonDocument(apply.state()).toJson(QJsonDocument::Compact).constData(), stdout);
         std::fputc('\n', stdout);
         return 0;
     }
-
-    std::optional<QString> error;
-    if (verb == QLatin1String("enable")) {
-        if (auto problem = endpointProblem(args[1]))
-            return usage(*problem);
-    } else if (verb == QLatin1String("pause")) {
-        bool ok = false;
-        const int seconds = args[1].toInt(&ok);
-        if (!ok || seconds < 1 || seconds > 86400)
-            return usage(QStringLiteral("pause takes a number of seconds from 1 to 86400"));
-    } else if (verb != QLatin1String("disable") && verb != QLatin1String("resume")) {
-        return usage(QStringLiteral("unknown command \"%1\"").arg(verb));
-    }
     if (::geteuid() != 0) {
-        std::fputs("brivanta-dns-apply: must run as root (through pkexec or sudo)\n", stderr);
+        std::fputs("brivanta-dns-apply: must run as root (through pkexec)\n", stderr);
         return exitFailure;
     }
-    // Files we write are readable by the app; the journal and backups set their own modes.
+    // What pkexec leaves of the caller's environment decides nothing here.
+    if (qEnvironmentVariableIsSet("PKEXEC_UID"))
+        qputenv("PATH", "/usr/sbin:/usr/bin:/sbin:/bin");
     ::umask(022);
+
+    std::optional<QString> error;
     if (verb == QLatin1String("enable"))
         error = apply.enable(args[1]);
     else if (verb == QLatin1String("disable"))
         error = apply.disable();
     else if (verb == QLatin1String("pause"))
-        error = apply.pause(args[1].toInt());
+        error = apply.pause(seconds);
     else
         error = apply.resume();
-    for (const QString &note : apply.notes())
-        std::fprintf(stderr, "%s\n", qPrintable(note));
     if (error) {
         std::fprintf(stderr, "brivanta-dns-apply: %s\n", qPrintable(*error));
         return exitFailure;

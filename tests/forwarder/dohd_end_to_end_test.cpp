@@ -46,12 +46,19 @@ QByteArray query(quint16 id, const char *name, quint16 type = dns::RRType::A, qu
     return q;
 }
 
+sockaddr_in loopback(quint16 port)
+{
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
 quint16 freeLoopbackPort()
 {
     const int fd = ::socket(AF_INET, SOCK_DGRAM, 0);
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in address = loopback(0);
     socklen_t length = sizeof address;
     ::bind(fd, reinterpret_cast<sockaddr *>(&address), length);
     ::getsockname(fd, reinterpret_cast<sockaddr *>(&address), &length);
@@ -64,11 +71,8 @@ int connectedSocket(int type, quint16 port)
     const int fd = ::socket(AF_INET, type, 0);
     const timeval timeout { 10, 0 }; // a hang guard, not a speed check
     ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0) {
+    const sockaddr_in address = loopback(port);
+    if (::connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
         ::close(fd);
         return -1;
     }
@@ -115,12 +119,8 @@ std::vector<QByteArray> askTcp(quint16 port, const std::vector<QByteArray> &mess
 
 dns::RCode rcodeOf(const QByteArray &answer)
 {
-    return answer.size() >= dns::headerSize ? dns::RCode(answer[3] & 0x0f) : dns::RCode(0xff);
-}
-
-bool truncated(const QByteArray &answer)
-{
-    return answer.size() >= dns::headerSize && (answer[2] & 0x02);
+    const auto info = dns::inspectResponse(answer);
+    return info ? info->rcode : dns::RCode(0xff);
 }
 
 std::vector<quint32> addresses(const QByteArray &answer)
@@ -227,7 +227,7 @@ TEST_F(DohdEndToEnd, AnswersPassThroughWithTheClientsIdsOverUdpAndTcp)
         const quint16 id = dns::messageId(answer);
         ids.insert(id);
         EXPECT_EQ(addresses(answer).size(), id == 7 ? 0u : id % 2 ? size_t(bigRecords) : 1u) << id;
-        EXPECT_FALSE(truncated(answer));
+        EXPECT_FALSE(dns::inspectResponse(answer).value().truncated);
     }
     EXPECT_EQ(ids, (std::set<quint16> { 1, 2, 3, 4, 5, 6, 7 }));
 
@@ -239,7 +239,7 @@ TEST_F(DohdEndToEnd, AnswersPassThroughWithTheClientsIdsOverUdpAndTcp)
     } sizes[] = { { 0, true }, { 512, true }, { 1232, false } };
     for (const auto &s : sizes) {
         const QByteArray answer = askUdp(daemon.port, query(99, "big.e2e.test", dns::RRType::A, s.ednsSize));
-        EXPECT_EQ(truncated(answer), s.truncated) << s.ednsSize;
+        EXPECT_EQ(dns::inspectResponse(answer).value().truncated, s.truncated) << s.ednsSize;
         EXPECT_LE(answer.size(), std::max<int>(s.ednsSize, 512));
         EXPECT_EQ(addresses(answer).size(), s.truncated ? 0u : size_t(bigRecords));
     }

@@ -9,6 +9,24 @@ namespace {
 // What an entry costs besides its bytes: list node, map node, key copy.
 constexpr std::size_t entryOverhead = 160;
 
+// No record leaves the cache claiming to live longer than the cache itself would keep it.
+void capTtls(QByteArray &response, const std::vector<quint16> &ttlOffsets)
+{
+    for (quint16 offset : ttlOffsets) {
+        if (offset + 4 > response.size())
+            continue;
+        auto *d = reinterpret_cast<uchar *>(response.data()) + offset;
+        const quint32 ttl = (quint32(d[0]) << 24) | (quint32(d[1]) << 16) | (quint32(d[2]) << 8) | d[3];
+        if (ttl <= DnsCache::maximumTtl)
+            continue;
+        const quint32 capped = ttl & 0x80000000u ? 0 : DnsCache::maximumTtl;
+        d[0] = uchar(capped >> 24);
+        d[1] = uchar(capped >> 16);
+        d[2] = uchar(capped >> 8);
+        d[3] = uchar(capped);
+    }
+}
+
 } // namespace
 
 DnsCache::DnsCache(std::size_t maxEntries, std::size_t maxBytes)
@@ -30,6 +48,7 @@ void DnsCache::insert(
     while (!m_lru.empty() && (m_index.size() >= m_maxEntries || m_bytes + cost > m_maxBytes))
         erase(std::prev(m_lru.end()));
     const quint32 ttl = std::min(*info.cacheTtl, maximumTtl);
+    capTtls(response, info.ttlOffsets);
     m_lru.push_front(
         Entry { key, std::move(response), info.ttlOffsets, now, now + std::chrono::seconds(ttl), cost });
     m_index.emplace(key, m_lru.begin());

@@ -24,7 +24,10 @@ struct CacheKeyHash
 {
     size_t operator()(const CacheKey &key) const noexcept
     {
-        return qHash(key.name, (size_t(key.type) << 17) ^ (size_t(key.klass) << 1) ^ size_t(key.dnssecOk));
+        // The process's random seed: query names come from the network and must not pick the buckets.
+        return qHash(key.name,
+            QHashSeed::globalSeed() ^ (size_t(key.type) << 17) ^ (size_t(key.klass) << 1)
+                ^ size_t(key.dnssecOk));
     }
 };
 

@@ -37,6 +37,12 @@ void put32(QByteArray &out, quint32 v)
     put16(out, quint16(v & 0xffff));
 }
 
+// RFC 2181 section 8: a TTL with the top bit set is read as zero.
+quint32 ttlValue(quint32 raw)
+{
+    return raw & 0x80000000u ? 0 : raw;
+}
+
 char lower(uchar c)
 {
     return char(c >= 'A' && c <= 'Z' ? c + 32 : c);
@@ -313,7 +319,8 @@ std::optional<ResponseInfo> inspectResponse(QByteArrayView message)
     const int records = authority + u16(d, 10);
     std::optional<quint32> lowest;
     std::optional<quint32> negative;
-    info.ttlOffsets.reserve(size_t(records));
+    // A record takes at least 11 bytes: the counts alone must not decide the allocation.
+    info.ttlOffsets.reserve(size_t(std::min<qsizetype>(records, (size - pos) / 11)));
     for (int i = 0; i < records; ++i) {
         Record record;
         pos = readRecord(d, size, pos, record);
@@ -324,19 +331,20 @@ std::optional<ResponseInfo> inspectResponse(QByteArrayView message)
         info.ttlOffsets.push_back(quint16(record.ttlOffset));
         if (i >= authority)
             continue;
-        const quint32 ttl = u32(d, record.ttlOffset);
+        const quint32 ttl = ttlValue(u32(d, record.ttlOffset));
         lowest = std::min(lowest.value_or(ttl), ttl);
         if (record.type == RRType::SOA && i >= ancount && record.rdlength >= 22) {
-            const quint32 minimum = u32(d, record.rdata + record.rdlength - 4);
-            negative = std::min(ttl, minimum);
+            const quint32 minimum = ttlValue(u32(d, record.rdata + record.rdlength - 4));
+            negative = std::min({ ttl, minimum, negative.value_or(minimum) });
         }
     }
     if (info.truncated)
         return info;
     if (info.rcode == RCode::NoError && ancount > 0)
         info.cacheTtl = lowest;
-    else if (info.rcode == RCode::NoError || info.rcode == RCode::NXDomain)
-        info.cacheTtl = negative; // RFC 2308: without an SOA a negative answer is not cached
+    else if ((info.rcode == RCode::NoError || info.rcode == RCode::NXDomain) && negative)
+        // RFC 2308: no SOA, no negative caching. A CNAME leading to the negative answer bounds it too.
+        info.cacheTtl = std::min(*negative, *lowest);
     return info;
 }
 

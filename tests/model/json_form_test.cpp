@@ -11,48 +11,26 @@ namespace {
 const QUuid profileId(QStringLiteral("0f2b6a1e-3c4d-4e5f-8a9b-0c1d2e3f4a5b"));
 const QUuid ruleId(QStringLiteral("a0000000-0000-4000-8000-00000000000b"));
 
-Resolver sampleProfile()
+TEST(JSONEncoding, WritesKeysInFieldOrderWithUpperCaseIdsAndNoAbsentOptionals)
 {
-    return Resolver(profileId, QStringLiteral("Home"),
+    const Resolver profile(profileId, QStringLiteral("Home"),
         Configuration::dnsOverTLS(
             DoTConfiguration({ QStringLiteral("1.1.1.1") }, QStringLiteral("one.one.one.one"))),
         { OnDemandRule(ruleId, QStringLiteral("Wi-Fi"), NEOnDemandRuleAction::connect,
             NEOnDemandRuleInterfaceType::wiFi, { QStringLiteral("Caf\u00e9") }, {}, {},
             QUrl(QStringLiteral("https://probe.example/ok"))) });
-}
-
-TEST(JSONEncoding, WritesKeysInFieldOrderWithUpperCaseIdsAndNoAbsentOptionals)
-{
-    EXPECT_EQ(encodeJSON(sampleProfile()),
+    EXPECT_EQ(encodeJSON(profile),
         QByteArray(
             R"({"id":"0F2B6A1E-3C4D-4E5F-8A9B-0C1D2E3F4A5B","name":"Home","configuration":{"base":"dnsOverTLS",)"
             R"("dotConfiguration":{"servers":["1.1.1.1"],"serverName":"one.one.one.one"}},"onDemandRules":[)"
             R"({"id":"A0000000-0000-4000-8000-00000000000B","name":"Wi-Fi","action":1,"interfaceType":2,)"
             "\"ssidMatch\":[\"Caf\xc3\xa9\"],\"dnsSearchDomainMatch\":[],\"dnsServerAddressMatch\":[],"
             R"("probeURL":"https://probe.example/ok"}]})"));
-}
-
-TEST(JSONEncoding, HTTPSConfigurationHasExactlyBaseAndItsPayload)
-{
-    EXPECT_EQ(encodeJSON(Configuration::dnsOverHTTPS(DoHConfiguration())),
-        QByteArray(R"({"base":"dnsOverHTTPS","dohConfiguration":{"servers":[]}})"));
-    EXPECT_EQ(encodeJSON(Configuration::dnsOverTLS(DoTConfiguration({ QStringLiteral("a") }))),
-        QByteArray(R"({"base":"dnsOverTLS","dotConfiguration":{"servers":["a"]}})"));
-    EXPECT_EQ(encodeJSON(NEOnDemandRuleAction(-7)), QByteArray("-7"));
-}
-
-TEST(JSONRoundTrip, EveryRecordDecodesToAnEqualValue)
-{
-    const Resolver profile = sampleProfile();
     EXPECT_EQ(decodeJSON<Resolver>(encodeJSON(profile)), profile);
-    EXPECT_EQ(
-        decodeJSON<OnDemandRule>(encodeJSON(profile.onDemandRules.front())), profile.onDemandRules.front());
+
     const DoHConfiguration doh(
         { QStringLiteral("::1") }, QUrl(QStringLiteral("https://dns.example/q?x=%2F#f")));
     EXPECT_EQ(decodeJSON<DoHConfiguration>(encodeJSON(doh)), doh);
-    EXPECT_EQ(decodeJSON<Configuration>(encodeJSON(Configuration::dnsOverHTTPS(doh))),
-        Configuration::dnsOverHTTPS(doh));
-    EXPECT_EQ(decodeJSON<NEOnDemandRuleInterfaceType>("1"), NEOnDemandRuleInterfaceType::ethernet);
 }
 
 // A valid profile with one rule; each test below changes one part of it.
@@ -108,8 +86,9 @@ std::pair<QByteArray, QByteArray> missingAndNull(const std::string &text, const 
 // Also shows that missingAndNull() makes texts that decode, so the failures below are the keys' doing.
 TEST(JSONDecoding, OptionalKeysMayBeMissingOrNull)
 {
-    const auto [noRules, nullRules] = missingAndNull(profileWithRule(ruleJSON).toStdString(), "onDemandRules");
-    for (const QByteArray &text : { noRules, nullRules, replaced(profileJSON, "[RULE]", "[]") }) {
+    const auto [noRules, nullRules]
+        = missingAndNull(profileWithRule(ruleJSON).toStdString(), "onDemandRules");
+    for (const QByteArray &text : { noRules, nullRules }) {
         const auto decoded = decodeJSON<Resolver>(text);
         ASSERT_TRUE(decoded) << text.toStdString();
         EXPECT_TRUE(decoded->onDemandRules.empty());
@@ -139,76 +118,58 @@ TEST(JSONDecoding, RequiredKeysMayBeNeitherMissingNorNull)
     }
 }
 
-TEST(JSONDecoding, UnknownEnumerationIntegersAreKept)
+// Unknown values are kept; anything but a 64-bit integer is refused.
+TEST(JSONDecoding, EnumerationsAreAny64BitInteger)
 {
-    const auto rule = decodeJSON<OnDemandRule>(replaced(replaced(ruleJSON, R"("action":1)", R"("action":9)"),
-        R"("interfaceType":2)", R"("interfaceType":1)"));
-    ASSERT_TRUE(rule);
-    EXPECT_EQ(rule->action.rawValue, 9);
-    EXPECT_EQ(rule->action.description(), QStringLiteral("Unknown"));
-    EXPECT_EQ(rule->interfaceType.rawValue, 1);
-    EXPECT_EQ(rule->interfaceType.description(), QStringLiteral("Unknown"));
-
-    EXPECT_EQ(decodeJSON<NEOnDemandRuleAction>("-9223372036854775808")->rawValue, INT64_MIN);
-    EXPECT_EQ(decodeJSON<NEOnDemandRuleAction>("9223372036854775807")->rawValue, INT64_MAX);
-    EXPECT_EQ(decodeJSON<NEOnDemandRuleAction>("-0")->rawValue, 0);
-}
-
-TEST(JSONDecoding, EnumerationsMustBe64BitIntegers)
-{
-    for (const char *value : { "1.5", "1.0", "1e2", R"("1")", "true", "null", "[1]", "{}", "9223372036854775808",
-             "18446744073709551615", "99999999999999999999999" }) {
-        EXPECT_FALSE(decodeJSON<NEOnDemandRuleAction>(value)) << value;
-        EXPECT_FALSE(decodeJSON<NEOnDemandRuleInterfaceType>(value)) << value;
-        EXPECT_FALSE(decodeJSON<OnDemandRule>(replaced(ruleJSON, R"("action":1)", std::string("\"action\":") + value)))
+    const std::pair<const char *, std::optional<qint64>> cases[] = { { "9", 9 }, { "-0", 0 },
+        { "-9223372036854775808", INT64_MIN }, { "9223372036854775807", INT64_MAX }, { "1.5", std::nullopt },
+        { "1.0", std::nullopt }, { "1e2", std::nullopt }, { R"("1")", std::nullopt },
+        { "true", std::nullopt }, { "null", std::nullopt }, { "[1]", std::nullopt },
+        { "9223372036854775808", std::nullopt }, { "99999999999999999999999", std::nullopt } };
+    const auto rawValue = [](const auto &decoded) -> std::optional<qint64> {
+        return decoded ? std::optional(decoded->rawValue) : std::nullopt;
+    };
+    for (const auto &[value, expected] : cases) {
+        EXPECT_EQ(rawValue(decodeJSON<NEOnDemandRuleAction>(value)), expected) << value;
+        EXPECT_EQ(rawValue(decodeJSON<NEOnDemandRuleInterfaceType>(value)), expected) << value;
+        EXPECT_EQ(
+            decodeJSON<OnDemandRule>(replaced(ruleJSON, R"("action":1)", std::string("\"action\":") + value))
+                .has_value(),
+            expected.has_value())
             << value;
     }
 }
 
-TEST(JSONDecoding, BaseSelectsThePayloadAndTheOtherKeyIsNeverRead)
+TEST(JSONDecoding, BaseSelectsThePayloadAndServerListsAreRequired)
 {
-    EXPECT_FALSE(decodeJSON<Configuration>(R"({"base":"dnsOverHTTPS","dotConfiguration":{"servers":[]}})"));
     const auto tls = decodeJSON<Configuration>(
-        R"({"base":"dnsOverTLS","dotConfiguration":{"servers":[]},"dohConfiguration":"anything at all"})");
+        R"({"base":"dnsOverTLS","dotConfiguration":{"servers":[],"serverName":null},"dohConfiguration":"any"})");
     ASSERT_TRUE(tls);
     EXPECT_EQ(*tls, Configuration::dnsOverTLS(DoTConfiguration()));
-    EXPECT_FALSE(tls->dotConfiguration()->serverName);
-}
 
-TEST(JSONDecoding, BaseMustBeOneOfTheTwoRawValues)
-{
-    for (const char *base : { R"("dot")", R"("doh")", R"("DNSOVERHTTPS")", R"("dnsoverhttps")",
-             R"("dnsOverHTTPS ")", R"("")", "1", "null" }) {
-        const std::string text = std::string(R"({"base":)") + base + R"(,"dohConfiguration":{"servers":[]}})";
-        EXPECT_FALSE(decodeJSON<Configuration>(QByteArray::fromStdString(text))) << text;
-    }
-    EXPECT_FALSE(decodeJSON<Configuration>(R"({"dohConfiguration":{"servers":[]}})"));
-}
-
-TEST(JSONDecoding, ServerListsAreRequiredAndOptionalTextsMayBeNull)
-{
-    EXPECT_FALSE(decodeJSON<DoHConfiguration>(R"({"serverURL":"https://a.example"})"));
-    EXPECT_FALSE(decodeJSON<DoTConfiguration>(R"({"servers":null})"));
-    EXPECT_FALSE(decodeJSON<DoTConfiguration>(R"({"servers":["a",null]})"));
-    EXPECT_FALSE(decodeJSON<DoTConfiguration>(R"({"servers":"a"})"));
-    EXPECT_FALSE(decodeJSON<DoTConfiguration>(R"({"servers":[],"serverName":5})"));
-    EXPECT_EQ(decodeJSON<DoTConfiguration>(R"({"servers":["a"],"serverName":null})"),
-        DoTConfiguration({ QStringLiteral("a") }));
+    for (const char *text : { R"({"base":"dnsOverHTTPS","dotConfiguration":{"servers":[]}})",
+             R"({"dohConfiguration":{"servers":[]}})", R"({"base":"doh","dohConfiguration":{"servers":[]}})",
+             R"({"base":"dnsoverhttps","dohConfiguration":{"servers":[]}})",
+             R"({"base":"dnsOverHTTPS ","dohConfiguration":{"servers":[]}})",
+             R"({"base":null,"dohConfiguration":{"servers":[]}})",
+             R"({"base":"dnsOverHTTPS","dohConfiguration":{"serverURL":"https://a.example"}})",
+             R"({"base":"dnsOverTLS","dotConfiguration":{"servers":null}})",
+             R"({"base":"dnsOverTLS","dotConfiguration":{"servers":["a",null]}})",
+             R"({"base":"dnsOverTLS","dotConfiguration":{"servers":"a"}})",
+             R"({"base":"dnsOverTLS","dotConfiguration":{"servers":[],"serverName":5}})" })
+        EXPECT_FALSE(decodeJSON<Configuration>(text)) << text;
 }
 
 TEST(JSONDecoding, OnlyTheBare36CharacterUUIDFormIsAccepted)
 {
-    const std::pair<const char *, bool> cases[] = { { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4d", true },
-        { "A0B1C2D3-E4F5-4A6B-8C7D-9E0F1A2B3C4D", true }, { "a0B1c2D3-e4F5-4a6B-8c7D-9e0F1a2B3c4D", true },
-        { "00000000-0000-0000-0000-000000000000", true }, { "{a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4d}", false },
-        { "a0b1c2d3e4f54a6b8c7d9e0f1a2b3c4d", false }, { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4d0", false },
-        { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4", false }, { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4g", false },
-        { " a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4", false }, { "a0b1c2d3e-4f5-4a6b-8c7d-9e0f1a2b3c4d", false },
-        { "urn:uuid:a0b1c2d3-e4f5-4a6b-8c7d-9e0f", false }, { "", false } };
+    const std::pair<const char *, bool> cases[] = { { "a0B1c2D3-e4F5-4a6B-8c7D-9e0F1a2B3c4D", true },
+        { "{a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4d}", false }, { "a0b1c2d3e4f54a6b8c7d9e0f1a2b3c4d", false },
+        { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4d0", false }, { "a0b1c2d3-e4f5-4a6b-8c7d-9e0f1a2b3c4g", false },
+        { "a0b1c2d3e-4f5-4a6b-8c7d-9e0f1a2b3c4d", false }, { "", false } };
     for (const auto &[uuid, accepted] : cases) {
         const auto rule = decodeJSON<OnDemandRule>(
             replaced(ruleJSON, R"("A0000000-0000-4000-8000-00000000000B")", std::string("\"") + uuid + "\""));
-        EXPECT_EQ(rule.has_value(), accepted) << uuid;
+        ASSERT_EQ(rule.has_value(), accepted) << uuid;
         if (rule) {
             EXPECT_EQ(rule->id, QUuid::fromString(QLatin1StringView(uuid)));
         }
@@ -217,11 +178,9 @@ TEST(JSONDecoding, OnlyTheBare36CharacterUUIDFormIsAccepted)
 
 TEST(JSONDecoding, URLTextsTheParserRejectsFail)
 {
-    const std::pair<const char *, bool> cases[] = { { "https://dns.example/c7e091", true },
-        { "https://[::1]:8443/q?a=b#c", true }, { "relative/path", true }, { "", false }, { " ", false },
-        { "https://bad host/", false }, { "https://dns.example/a b", false }, { " https://dns.example/", false },
-        { "https://dns.example/%zz", false }, { "https://dns.example/\\\"", false },
-        { "https://dns.example/\\n", false } };
+    const std::pair<const char *, bool> cases[] = { { "https://[::1]:8443/q?a=b#c", true },
+        { "relative/path", true }, { "", false }, { "https://bad host/", false },
+        { " https://dns.example/", false }, { "https://dns.example/%zz", false } };
     for (const auto &[url, accepted] : cases) {
         EXPECT_EQ(decodeJSON<OnDemandRule>(
                       replaced(ruleJSON, R"("https://probe.example/ok")", std::string("\"") + url + "\""))
@@ -235,16 +194,13 @@ TEST(JSONDecoding, MalformedTextAndBadUTF8GiveNoValue)
 {
     const QByteArray good = profileWithRule(ruleJSON);
     ASSERT_TRUE(decodeJSON<Resolver>(good));
-    EXPECT_FALSE(decodeJSON<Resolver>(good.left(good.size() - 1)));
-    EXPECT_FALSE(decodeJSON<Resolver>(good + " x"));
-    EXPECT_FALSE(decodeJSON<Resolver>(good + "{}"));
-    EXPECT_FALSE(decodeJSON<Resolver>(""));
-    EXPECT_FALSE(decodeJSON<Resolver>("[]"));
-    EXPECT_FALSE(decodeJSON<Resolver>(replaced(good.constData(), "\"Home\"", "\"H\xc3\x28\"")));
-    EXPECT_FALSE(decodeJSON<Resolver>(replaced(good.constData(), "\"Home\"", "\"\xc0\xaf\"")));
-    EXPECT_FALSE(decodeJSON<Resolver>(replaced(good.constData(), "\"Home\"", "\"\xed\xa0\x80\"")));
-    EXPECT_FALSE(decodeJSON<Resolver>(replaced(good.constData(), "\"Home\"", R"("\ud800")")));
-    EXPECT_FALSE(decodeJSON<Resolver>(replaced(good.constData(), "\"Home\"", "'Home'")));
+    for (const QByteArray &text : { good.left(good.size() - 1), good + " x", good + "{}", QByteArray(),
+             QByteArray("[]"), replaced(good.constData(), "\"Home\"", "\"H\xc3\x28\""),
+             replaced(good.constData(), "\"Home\"", "\"\xc0\xaf\""),
+             replaced(good.constData(), "\"Home\"", "\"\xed\xa0\x80\""),
+             replaced(good.constData(), "\"Home\"", R"("\ud800")"),
+             replaced(good.constData(), "\"Home\"", "'Home'") })
+        EXPECT_FALSE(decodeJSON<Resolver>(text)) << text.toStdString();
 
     const auto escaped
         = decodeJSON<Resolver>(replaced(good.constData(), "\"Home\"", R"("\ud83d\udee1\u0000")"));

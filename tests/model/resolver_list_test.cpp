@@ -15,28 +15,21 @@ const QString badElement = QStringLiteral(
 TEST(ResolverListText, EmptyListIsTheEmptyArrayBothWays)
 {
     EXPECT_EQ(rawValue({}), QStringLiteral("[]"));
-    const auto decoded = resolversFromRawValue(QStringLiteral("[]"));
+    const auto decoded = resolversFromRawValue(QStringLiteral(" \n[ ]\t"));
     ASSERT_TRUE(decoded);
     EXPECT_TRUE(decoded->empty());
-    EXPECT_TRUE(resolversFromRawValue(QStringLiteral(" \n[ ]\t")));
 }
 
-TEST(ResolverListText, TextsThatAreNotAnArrayOfProfilesGiveNoList)
-{
-    for (const QString &text : { QString(), QStringLiteral("{}"), goodElement, QStringLiteral("null"),
-             QStringLiteral("[1]"), QStringLiteral("[null]"), QStringLiteral("[[]]"), QStringLiteral("[] []"),
-             QStringLiteral("[,]") })
-        EXPECT_FALSE(resolversFromRawValue(text)) << text.toStdString();
-}
-
-TEST(ResolverListText, OneBadElementAnywhereGivesNoListAtAll)
+TEST(ResolverListText, TextsThatAreNotAnArrayOfGoodProfilesGiveNoList)
 {
     const QString good = goodElement;
     const QString bad = badElement;
     ASSERT_EQ(resolversFromRawValue("[" + good + "," + good + "]")->size(), 2u);
-    for (const QString &text : { "[" + bad + "," + good + "," + good + "]",
-             "[" + good + "," + bad + "," + good + "]", "[" + good + "," + good + "," + bad + "]" })
-        EXPECT_FALSE(resolversFromRawValue(text));
+    for (const QString &text : { QString(), QStringLiteral("{}"), goodElement, QStringLiteral("null"),
+             QStringLiteral("[1]"), QStringLiteral("[null]"), QStringLiteral("[[]]"), QStringLiteral("[] []"),
+             QStringLiteral("[,]"), "[" + bad + "," + good + "]", "[" + good + "," + bad + "," + good + "]",
+             "[" + good + "," + bad + "]" })
+        EXPECT_FALSE(resolversFromRawValue(text)) << text.toStdString();
 }
 
 TEST(ResolverListText, ListSurvivesARoundTripAndKeepsUnicodeAsUTF8)

@@ -45,12 +45,14 @@ TEST(OnDemandRuleMapping, TheKindFollowsTheAction)
         EXPECT_EQ(makeOnDemandRule(ruleWith(action, 0)).kind, kind) << "action " << action;
 }
 
-TEST(OnDemandRuleMapping, CellularRuleKeepsEverythingButTheSSIDList)
+TEST(OnDemandRuleMapping, FieldsPassAsTheyAreEmptyListsAndAnAbsentProbeIncluded)
 {
-    const NEOnDemandRule expected { NEOnDemandRule::Kind::EvaluateConnection, 3, std::nullopt,
-        { QStringLiteral("corp.example") }, { QStringLiteral("10.0.0.1"), QStringLiteral("10.0.0.2") },
-        probe };
-    EXPECT_EQ(makeOnDemandRule(ruleWith(3, 3)), expected);
+    EXPECT_EQ(makeOnDemandRule(ruleWith(3, 3)),
+        (NEOnDemandRule { NEOnDemandRule::Kind::EvaluateConnection, 3, std::nullopt,
+            { QStringLiteral("corp.example") }, { QStringLiteral("10.0.0.1"), QStringLiteral("10.0.0.2") },
+            probe }));
+    EXPECT_EQ(makeOnDemandRule(OnDemandRule(QStringLiteral("bare"), NEOnDemandRuleAction::disconnect)),
+        (NEOnDemandRule { NEOnDemandRule::Kind::Disconnect, 0, QStringList {}, {}, {}, std::nullopt }));
 }
 
 TEST(OnDemandRuleMapping, TheSSIDListIsSetOnlyForAnyAndWiFiEvenWhenEmpty)
@@ -71,14 +73,6 @@ TEST(OnDemandRuleMapping, TheSSIDListIsSetOnlyForAnyAndWiFiEvenWhenEmpty)
     }
 }
 
-TEST(OnDemandRuleMapping, EmptyListsStayEmptyListsAndAbsentProbeStaysAbsent)
-{
-    const OnDemandRule bare(QStringLiteral("bare"), NEOnDemandRuleAction::disconnect);
-    const NEOnDemandRule expected { NEOnDemandRule::Kind::Disconnect, 0, QStringList {}, {}, {},
-        std::nullopt };
-    EXPECT_EQ(makeOnDemandRule(bare), expected);
-}
-
 TEST(OnDemandRuleMapping, RulesKeepTheirCountAndOrder)
 {
     const std::vector<OnDemandRule> rules { ruleWith(4, 3), ruleWith(1, 2), ruleWith(2, 1) };
@@ -86,20 +80,15 @@ TEST(OnDemandRuleMapping, RulesKeepTheirCountAndOrder)
         (std::vector { makeOnDemandRule(rules[0]), makeOnDemandRule(rules[1]), makeOnDemandRule(rules[2]) }));
 }
 
-class UnknownAction : public ::testing::TestWithParam<qint64>
+TEST(OnDemandRuleMappingDeathTest, AnActionOutsideOneToFourStopsTheProcessSilently)
 {
-};
-
-using OnDemandRuleMappingDeathTest = UnknownAction;
-
-TEST_P(OnDemandRuleMappingDeathTest, StopsTheProcessSilently)
-{
-    const OnDemandRule rule = ruleWith(GetParam(), 0);
-    EXPECT_EXIT(makeOnDemandRule(rule), ::testing::KilledBySignal(SIGABRT), "^$");
-    EXPECT_EXIT(makeOnDemandRules({ ruleWith(1, 0), rule }), ::testing::KilledBySignal(SIGABRT), "^$");
+    for (const qint64 action : { 0, 5, -1 }) {
+        const OnDemandRule rule = ruleWith(action, 0);
+        EXPECT_EXIT(makeOnDemandRule(rule), ::testing::KilledBySignal(SIGABRT), "^$") << action;
+        EXPECT_EXIT(makeOnDemandRules({ ruleWith(1, 0), rule }), ::testing::KilledBySignal(SIGABRT), "^$")
+            << action;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(OutsideOneToFour, OnDemandRuleMappingDeathTest, ::testing::Values(0, 5, -1, 9));
 
 } // namespace
 } // namespace brivanta

@@ -49,32 +49,24 @@ TEST(LaunchCounter, ContinuesFromTheStoredCount)
     EXPECT_EQ(application.reviewRequests.size(), 1u);
 }
 
-// Scene set-ups in which the fifth appearance must not ask for a review.
-enum class Scenes { None, OtherKindFirst };
-
-class LaunchCounterWithoutUsableScene : public ::testing::TestWithParam<Scenes>
+TEST(LaunchCounter, WithoutAWindowSceneFirstStillCountsButRequestsNothing)
 {
-};
+    for (const bool otherKindFirst : { false, true }) {
+        FakePreferences preferences;
+        FakeApplicationServices application;
+        if (otherKindFirst) {
+            application.addScene<FakeOtherScene>();
+            application.addScene<FakeWindowScene>(); // never considered: only the first scene is
+        }
 
-TEST_P(LaunchCounterWithoutUsableScene, StillCountsButRequestsNothing)
-{
-    FakePreferences preferences;
-    FakeApplicationServices application;
-    if (GetParam() == Scenes::OtherKindFirst) {
-        application.addScene<FakeOtherScene>();
-        application.addScene<FakeWindowScene>(); // never considered: only the first scene is
+        for (int appearance = 1; appearance <= 10; ++appearance)
+            incrementLaunchCount(preferences, application);
+
+        EXPECT_EQ(storedCount(preferences), 10) << otherKindFirst;
+        EXPECT_EQ(preferences.writes, 10) << otherKindFirst;
+        EXPECT_TRUE(application.reviewRequests.empty()) << otherKindFirst;
     }
-
-    for (int appearance = 1; appearance <= 10; ++appearance)
-        incrementLaunchCount(preferences, application);
-
-    EXPECT_EQ(storedCount(preferences), 10);
-    EXPECT_EQ(preferences.writes, 10);
-    EXPECT_TRUE(application.reviewRequests.empty());
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    , LaunchCounterWithoutUsableScene, ::testing::Values(Scenes::None, Scenes::OtherKindFirst));
 
 TEST(LaunchCounterDeathTest, OverflowOfTheCounterIsFatal)
 {

@@ -48,7 +48,7 @@ void BootstrapResolver::resolve(const QString &host, std::vector<HostPort> serve
     m_next = 0;
     m_completion = std::move(completion);
     m_timer.stop();
-    m_socket.reset();
+    dropSocket();
     // Answered on the next turn of the loop, even when there is nothing to ask.
     QTimer::singleShot(0, this, [this] {
         if (m_completion && !m_socket)
@@ -59,7 +59,7 @@ void BootstrapResolver::resolve(const QString &host, std::vector<HostPort> serve
 void BootstrapResolver::askNext()
 {
     m_timer.stop();
-    m_socket.reset();
+    dropSocket();
     m_partial = Result {};
     if (m_name.isEmpty() || m_next >= m_servers.size()) {
         QStringList tried;
@@ -74,6 +74,16 @@ void BootstrapResolver::askNext()
     const HostPort server = m_servers[m_next++];
     m_socket = std::make_unique<QUdpSocket>();
     connect(m_socket.get(), &QUdpSocket::readyRead, this, &BootstrapResolver::readAnswers);
+    // "Connection refused" (ICMP port unreachable): no need to wait for the timeout. Queued, since the
+    // socket goes away in askNext().
+    connect(
+        m_socket.get(), &QUdpSocket::errorOccurred, this,
+        [this, asked = m_next](QAbstractSocket::SocketError error) {
+            if (m_socket && asked == m_next && error == QAbstractSocket::ConnectionRefusedError
+                && m_partial.addresses.empty())
+                askNext();
+        },
+        Qt::QueuedConnection);
     m_socket->connectToHost(server.address, server.port);
     const quint16 types[2] = { dns::RRType::A, dns::RRType::AAAA };
     m_pending = 2;
@@ -119,13 +129,19 @@ void BootstrapResolver::readAnswers()
     }
 }
 
-void BootstrapResolver::finish(Result result)
+void BootstrapResolver::dropSocket()
 {
-    m_timer.stop();
+    // It may be the socket whose signal is being handled.
     if (m_socket) {
         m_socket->disconnect(this);
         m_socket.release()->deleteLater();
     }
+}
+
+void BootstrapResolver::finish(Result result)
+{
+    m_timer.stop();
+    dropSocket();
     if (!result.addresses.empty()) {
         // IPv4 first: it is what works on more networks.
         std::stable_partition(result.addresses.begin(), result.addresses.end(),

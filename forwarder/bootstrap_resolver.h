@@ -47,6 +47,7 @@ private:
     void askNext();
     void readAnswers();
     void finish(Result result);
+    void dropSocket();
 
     std::chrono::milliseconds m_timeout;
     QByteArray m_name;

@@ -1,6 +1,7 @@
 #include "forwarder/doh_upstream.h"
 
 #include <QLoggingCategory>
+#include <QRegularExpression>
 #include <algorithm>
 #include <cstring>
 #include <curl/curl.h>
@@ -57,6 +58,7 @@ struct DohUpstream::Request
     Reply reply;
     QByteArray response;
     int attempts = 0;
+    char error[CURL_ERROR_SIZE] {};
 };
 
 // One libcurl multi handle, i.e. one pool of connections, on the Qt event loop. Replacing the pool is how
@@ -202,7 +204,10 @@ DohUpstream::DohUpstream(UpstreamSettings settings, QObject *parent)
 
 DohUpstream::~DohUpstream()
 {
+    for (auto &[easy, request] : m_running)
+        m_pool->remove(easy);
     m_pool.reset();
+    m_retiredPools.clear();
     for (auto &[easy, request] : m_running)
         curl_easy_cleanup(easy);
     for (CURL *easy : m_freeHandles)
@@ -301,7 +306,11 @@ CURL *DohUpstream::takeHandle()
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
     curl_easy_setopt(easy, CURLOPT_HTTPHEADER, m_headers->list);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &appendBody);
-    curl_easy_setopt(easy, CURLOPT_RESOLVER_START_FUNCTION, &refuseResolving);
+    // The pin is re-applied on every transfer; nothing else may be looked up. An address literal needs no
+    // lookup (curl checks for one only after this callback, so it is left out then).
+    if (m_needsBootstrap || !m_settings.pins.isEmpty())
+        curl_easy_setopt(easy, CURLOPT_RESOLVER_START_FUNCTION, &refuseResolving);
+    curl_easy_setopt(easy, CURLOPT_DNS_CACHE_TIMEOUT, -1L);
     const long timeout = long(m_settings.attemptTimeout.count());
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, timeout);
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, timeout);
@@ -328,6 +337,8 @@ void DohUpstream::start(std::unique_ptr<Request> request)
     curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request->body.constData());
     curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE, long(request->body.size()));
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, &request->response);
+    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, request->error);
+    request->error[0] = '\0';
     curl_easy_setopt(easy, CURLOPT_RESOLVE, m_resolve->list);
     m_running.emplace(easy, std::move(request));
     m_pool->add(easy);
@@ -343,12 +354,18 @@ void DohUpstream::onDone(CURL *easy, int code)
 
     long status = 0;
     char *contentType = nullptr;
+    long connects = 0;
     curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
     curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
+    curl_easy_getinfo(easy, CURLINFO_NUM_CONNECTS, &connects);
+    m_connectionsOpened += quint64(std::max(connects, 0L));
     const bool dnsMessage = contentType && qstrnicmp(contentType, "application/dns-message", 23) == 0;
+    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, nullptr);
     releaseHandle(easy);
 
-    if (code == CURLE_OK && status == 200 && dnsMessage && request->response.size() >= 12) {
+    const QByteArray &body = request->response;
+    const bool isResponse = body.size() >= 12 && (quint8(body[2]) & 0x80) != 0; // QR set
+    if (code == CURLE_OK && status == 200 && dnsMessage && isResponse) {
         emit succeeded();
         Reply reply = std::move(request->reply);
         reply(std::move(request->response), QString());
@@ -356,11 +373,14 @@ void DohUpstream::onDone(CURL *easy, int code)
     }
     QString error;
     if (code != CURLE_OK)
-        error = QStringLiteral("%1: %2").arg(m_host, QString::fromUtf8(curl_easy_strerror(CURLcode(code))));
+        error = describe(CURLcode(code), request->error);
     else if (status != 200)
         error = QStringLiteral("HTTP %1 from %2").arg(status).arg(m_host);
+    else if (!dnsMessage)
+        error = QStringLiteral("%1 answered with content type \"%2\", not application/dns-message")
+                    .arg(m_host, QString::fromLatin1(contentType ? contentType : ""));
     else
-        error = QStringLiteral("%1 answered something that is not a DNS message").arg(m_host);
+        error = QStringLiteral("%1 answered something that is not a DNS response").arg(m_host);
 
     if (code != CURLE_OK && request->attempts == 0) {
         // The connection may be dead (network change, resume): start over on a fresh one, and look the
@@ -374,6 +394,30 @@ void DohUpstream::onDone(CURL *easy, int code)
         return;
     }
     fail(std::move(request), error);
+}
+
+QString DohUpstream::describe(int code, const char *detail) const
+{
+    QString text = detail && *detail ? QString::fromUtf8(detail)
+                                     : QString::fromUtf8(curl_easy_strerror(CURLcode(code)));
+    switch (code) {
+    case CURLE_OPERATION_TIMEDOUT:
+        return QStringLiteral("no answer from %1 within %2 ms")
+            .arg(m_host)
+            .arg(m_settings.attemptTimeout.count());
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
+        // "SSL certificate problem: ..." reads better without curl's own prefix.
+        text.remove(QRegularExpression(QStringLiteral("^SSL certificate problem: ")));
+        return QStringLiteral("TLS with %1: %2").arg(m_host, text);
+    default:
+        return QStringLiteral("%1: %2").arg(m_host, text);
+    }
 }
 
 void DohUpstream::fail(std::unique_ptr<Request> request, const QString &error)
@@ -395,8 +439,8 @@ void DohUpstream::replaceAllPools()
         running.push_back(easy);
     }
     // The old pool may be the one reporting right now: delete it on the next turn of the loop.
-    Pool *old = m_pool.release();
-    QTimer::singleShot(0, [old] { delete old; });
+    m_retiredPools.push_back(std::move(m_pool));
+    QTimer::singleShot(0, this, [this] { m_retiredPools.clear(); });
     m_pool = std::make_unique<Pool>([this](CURL *easy, int code) { onDone(easy, code); });
     for (CURL *easy : running) {
         Request &request = *m_running.at(easy);

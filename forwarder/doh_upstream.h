@@ -55,6 +55,9 @@ public:
     // The network changed: drop pooled connections, restart what is in flight, resolve the host again.
     void reset();
 
+    // New connections made so far (diagnostics, tests): one per pool while the endpoint stays healthy.
+    [[nodiscard]] quint64 connectionsOpened() const { return m_connectionsOpened; }
+
 signals:
     void succeeded();
     void failed(const QString &error);
@@ -68,6 +71,7 @@ private:
     void start(std::unique_ptr<Request> request);
     void onDone(CURL *easy, int code);
     void fail(std::unique_ptr<Request> request, const QString &error);
+    QString describe(int code, const char *detail) const;
     void replaceAllPools();
     CURL *takeHandle();
     void releaseHandle(CURL *easy);
@@ -87,6 +91,8 @@ private:
     std::deque<std::unique_ptr<Request>> m_waiting; // until the host is resolved
     std::unordered_map<CURL *, std::unique_ptr<Request>> m_running;
     std::unique_ptr<Pool> m_pool;
+    std::vector<std::unique_ptr<Pool>> m_retiredPools;
+    quint64 m_connectionsOpened = 0;
     std::vector<CURL *> m_freeHandles;
     std::unique_ptr<QSocketNotifier> m_netlink;
     QTimer m_netlinkSettle;

@@ -196,11 +196,12 @@ public:
 
 int usage(const QString &why)
 {
-    std::fprintf(stderr, "brivanta-dns-apply: %s\n", qPrintable(why));
+    // The reason last: the app shows the last line.
     std::fputs(
         "Usage: brivanta-dns-apply enable <https://host[:port][/path]> | disable | pause <seconds> | resume "
         "| state\n",
         stderr);
+    std::fprintf(stderr, "brivanta-dns-apply: %s\n", qPrintable(why));
     return exitUsage;
 }
 

@@ -1,0 +1,325 @@
+#include "forwarder/dns_message.h"
+
+#include <gtest/gtest.h>
+
+using namespace brivanta::dns;
+
+namespace {
+
+QByteArray u16(quint16 v)
+{
+    const char bytes[2] = { char(v >> 8), char(v & 0xff) };
+    return QByteArray(bytes, 2);
+}
+
+QByteArray u32(quint32 v)
+{
+    return u16(quint16(v >> 16)) + u16(quint16(v));
+}
+
+QByteArray header(quint16 id, quint16 flags, quint16 qd, quint16 an, quint16 ns, quint16 ar)
+{
+    return u16(id) + u16(flags) + u16(qd) + u16(an) + u16(ns) + u16(ar);
+}
+
+QByteArray name(const char *text)
+{
+    return nameFromText(text).value();
+}
+
+QByteArray question(const char *text, quint16 type = RRType::A)
+{
+    return name(text) + u16(type) + u16(classIN);
+}
+
+QByteArray record(const QByteArray &owner, quint16 type, quint32 ttl, const QByteArray &rdata)
+{
+    return owner + u16(type) + u16(classIN) + u32(ttl) + u16(quint16(rdata.size())) + rdata;
+}
+
+QByteArray opt(quint16 size, quint32 flags = 0, const QByteArray &owner = QByteArray(1, '\0'))
+{
+    return owner + u16(RRType::OPT) + u16(size) + u32(flags) + u16(0);
+}
+
+QByteArray soa(quint32 minimum)
+{
+    return name("ns.test") + name("host.test") + u32(1) + u32(7200) + u32(900) + u32(86400) + u32(minimum);
+}
+
+const QByteArray pointerToQuestion("\xc0\x0c", 2);
+
+} // namespace
+
+TEST(DnsMessage, NamesConvertBetweenTextAndWire)
+{
+    const struct
+    {
+        const char *text;
+        std::optional<QByteArray> wire;
+    } cases[] = {
+        { "Example.COM", QByteArray("\007example\003com", 13) },
+        { "example.com.", QByteArray("\007example\003com", 13) }, { ".", QByteArray(1, '\0') },
+        { "", QByteArray(1, '\0') }, { "a..b", std::nullopt }, { ".a", std::nullopt },
+        { "example.com..", std::nullopt },
+        { "a.xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx", std::nullopt }, // 64
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(nameFromText(c.text), c.wire) << c.text;
+
+    QByteArray longest; // 3 labels of 63 and one of 61: 255 bytes on the wire
+    for (int i = 0; i < 3; ++i)
+        longest += QByteArray(63, 'a') + '.';
+    EXPECT_EQ(nameFromText(longest + QByteArray(61, 'b'))->size(), 255);
+    EXPECT_EQ(nameFromText(longest + QByteArray(62, 'b')), std::nullopt);
+
+    EXPECT_EQ(nameToText(QByteArray("\003www\007example\003com", 17)), "www.example.com");
+    EXPECT_EQ(nameToText(QByteArray(1, '\0')), ".");
+}
+
+TEST(DnsMessage, ParseAcceptsAnswersFormErrOrDrops)
+{
+    enum Outcome { Parsed, FormErr, NotImp, Dropped };
+    const QByteArray q = question("a.test");
+    const struct
+    {
+        const char *what;
+        QByteArray message;
+        Outcome outcome;
+    } cases[] = {
+        { "plain query", header(1, 0x0100, 1, 0, 0, 0) + q, Parsed },
+        { "trailing bytes ignored", header(1, 0, 1, 0, 0, 0) + q + "xx", Parsed },
+        { "EDNS query", header(1, 0, 1, 0, 0, 1) + q + opt(4096), Parsed },
+        { "shorter than a header", header(1, 0, 1, 0, 0, 0).left(11), Dropped },
+        { "empty", QByteArray(), Dropped },
+        { "a response", header(1, 0x8000, 1, 0, 0, 0) + q, Dropped },
+        { "opcode NOTIFY", header(1, 0x2000, 1, 0, 0, 0) + q, NotImp },
+        { "opcode STATUS, header only", header(1, 0x1000, 0, 0, 0, 0), NotImp },
+        { "no question", header(1, 0, 0, 0, 0, 0), FormErr },
+        { "two questions", header(1, 0, 2, 0, 0, 0) + q + q, FormErr },
+        { "name past the end", header(1, 0, 1, 0, 0, 0) + "\005ab", FormErr },
+        { "no class", header(1, 0, 1, 0, 0, 0) + name("a.test") + u16(RRType::A), FormErr },
+        { "reserved label type", header(1, 0, 1, 0, 0, 0) + "\x41" + QByteArray(70, 'a'), FormErr },
+        { "pointer to itself", header(1, 0, 1, 0, 0, 0) + pointerToQuestion + u32(0x00010001), FormErr },
+        { "pointer forward", header(1, 0, 1, 0, 0, 0) + "\xc0\x20" + u32(0x00010001), FormErr },
+        { "name over 255 bytes",
+            header(1, 0, 1, 0, 0, 0) + (QByteArray("\x3f") + QByteArray(63, 'a')).repeated(4) + "\x01x"
+                + QByteArray(1, '\0') + u32(0x00010001),
+            FormErr },
+        { "missing additional record", header(1, 0, 1, 0, 0, 1) + q, FormErr },
+        { "record data past the end", header(1, 0, 1, 0, 0, 1) + q + opt(4096).chopped(2) + u16(8), FormErr },
+        { "OPT in the answer section", header(1, 0, 1, 1, 0, 0) + q + opt(4096), FormErr },
+        { "two OPTs", header(1, 0, 1, 0, 0, 2) + q + opt(4096) + opt(4096), FormErr },
+        { "OPT not owned by the root", header(1, 0, 1, 0, 0, 1) + q + opt(4096, 0, name("a")), FormErr },
+    };
+    for (const auto &c : cases) {
+        const QueryParse parsed = parseQuery(c.message);
+        EXPECT_EQ(parsed.query.has_value(), c.outcome == Parsed) << c.what;
+        if (c.outcome == Parsed || c.outcome == Dropped) {
+            EXPECT_FALSE(parsed.reply) << c.what;
+            continue;
+        }
+        ASSERT_TRUE(parsed.reply) << c.what;
+        const RCode rcode = c.outcome == FormErr ? RCode::FormErr : RCode::NotImp;
+        // ID kept, QR set, opcode kept, our rcode; no records.
+        const quint16 opcode = quint16(quint8(c.message[2]) << 8) & 0x7800;
+        EXPECT_EQ(*parsed.reply, header(1, quint16(0x8000 | opcode | quint16(rcode)), 0, 0, 0, 0)) << c.what;
+    }
+}
+
+TEST(DnsMessage, QueryFieldsEdnsSizeAndDnssecOk)
+{
+    const struct
+    {
+        std::optional<quint16> ednsSize; // none: no OPT
+        quint32 optFlags;
+        quint16 udpSize;
+        bool dnssecOk;
+    } cases[] = {
+        { std::nullopt, 0, 512, false },
+        { 0, 0, 512, false },
+        { 511, 0x8000, 512, true },
+        { 1232, 0, 1232, false },
+        { 4096, 0x8000, 4096, true },
+        { 65535, 0x7fff, 65535, false },
+    };
+    for (const auto &c : cases) {
+        const QByteArray message = header(0xabcd, 0x0110, 1, 0, 0, c.ednsSize ? 1 : 0)
+            + question("WWW.Example.com", RRType::AAAA) + (c.ednsSize ? opt(*c.ednsSize, c.optFlags) : "");
+        const auto query = parseQuery(message).query;
+        ASSERT_TRUE(query) << c.udpSize;
+        EXPECT_EQ(query->id, 0xabcd);
+        EXPECT_TRUE(query->recursionDesired);
+        EXPECT_TRUE(query->checkingDisabled);
+        EXPECT_EQ(query->question, (Question { name("www.example.com"), RRType::AAAA, classIN }));
+        EXPECT_EQ(query->hasEdns, c.ednsSize.has_value());
+        EXPECT_EQ(query->udpSize, c.udpSize);
+        EXPECT_EQ(query->dnssecOk, c.dnssecOk);
+    }
+}
+
+TEST(DnsMessage, LocalRepliesEchoQuestionFlagsAndEdns)
+{
+    for (bool edns : { false, true }) {
+        const QByteArray message
+            = header(7, 0x0100, 1, 0, 0, edns ? 1 : 0) + question("x.test") + (edns ? opt(4096, 0x8000) : "");
+        const Query query = parseQuery(message).query.value();
+
+        const QByteArray optOut = edns ? opt(maximumUdpSize, 0x8000) : "";
+        EXPECT_EQ(makeReply(query, RCode::NXDomain),
+            header(7, 0x8183, 1, 0, 0, edns ? 1 : 0) + question("x.test") + optOut);
+        EXPECT_EQ(makeAddressReply(query, 0x7f010203, 0),
+            header(7, 0x8180, 1, 1, 0, edns ? 1 : 0) + question("x.test")
+                + record(pointerToQuestion, RRType::A, 0, "\x7f\x01\x02\x03") + optOut);
+    }
+}
+
+TEST(DnsMessage, IdIsReadAndRestored)
+{
+    QByteArray message = header(0x1234, 0, 1, 0, 0, 0) + question("a.test");
+    EXPECT_EQ(messageId(message), 0x1234);
+    setId(message, 0xfedc);
+    EXPECT_EQ(messageId(message), 0xfedc);
+    EXPECT_EQ(message.mid(2), (header(0, 0, 1, 0, 0, 0) + question("a.test")).mid(2));
+
+    QByteArray tooShort("\x12\x34\x01", 3);
+    setId(tooShort, 0);
+    EXPECT_EQ(tooShort, QByteArray("\x12\x34\x01", 3));
+    EXPECT_EQ(messageId("\x01"), 0);
+}
+
+TEST(DnsMessage, TruncationKeepsQuestionAndSetsTc)
+{
+    QByteArray answers;
+    for (int i = 0; i < 60; ++i)
+        answers += record(pointerToQuestion, RRType::A, 300, u32(0x0a000000 + quint32(i)));
+    const QByteArray response = header(9, 0x8180, 1, 60, 0, 0) + question("big.test") + answers; // 986 bytes
+    for (bool edns : { false, true }) {
+        Query query = parseQuery(
+            header(9, 0x0100, 1, 0, 0, edns ? 1 : 0) + question("big.test") + (edns ? opt(1232) : ""))
+                          .query.value();
+        const QByteArray optOut = edns ? opt(maximumUdpSize) : "";
+        EXPECT_EQ(truncateForUdp(response, query, 512),
+            header(9, 0x8380, 1, 0, 0, edns ? 1 : 0) + question("big.test") + optOut);
+        EXPECT_EQ(truncateForUdp(response, query, 1232), response);
+        EXPECT_EQ(truncateForUdp(response, query, quint16(response.size())), response);
+    }
+}
+
+TEST(DnsMessage, TcpFramesSurviveAnySplit)
+{
+    const QByteArray messages[]
+        = { header(1, 0, 1, 0, 0, 0) + question("a.test"), QByteArray(), QByteArray(300, 'z') };
+    QByteArray stream;
+    for (const QByteArray &m : messages)
+        stream += frame(m);
+    EXPECT_EQ(frame(messages[2]).left(2), u16(300));
+
+    for (qsizetype first = 0; first <= stream.size(); first += 7) {
+        for (qsizetype second : { first, (first + stream.size()) / 2, stream.size() }) {
+            TcpFrameReader reader;
+            std::vector<QByteArray> read;
+            qsizetype at = 0;
+            for (qsizetype cut : { first, second, stream.size() }) {
+                reader.append(QByteArrayView(stream).sliced(at, cut - at));
+                at = cut;
+                while (auto m = reader.next())
+                    read.push_back(*m);
+            }
+            EXPECT_EQ(read, std::vector<QByteArray>(std::begin(messages), std::end(messages))) << first;
+            EXPECT_EQ(reader.buffered(), 0);
+        }
+    }
+    TcpFrameReader partial;
+    partial.append(u16(10) + "abc");
+    EXPECT_FALSE(partial.next());
+    EXPECT_EQ(partial.buffered(), 5);
+}
+
+TEST(DnsMessage, CompressionLoopsAndBadPointersAreRejected)
+{
+    const QByteArray start = header(1, 0x8180, 1, 1, 0, 0) + question("a.test"); // answer owner at 24
+    const auto rest
+        = [](quint32 ttl) { return u16(RRType::A) + u16(classIN) + u32(ttl) + u16(4) + "\1\2\3\4"; };
+    const struct
+    {
+        const char *what;
+        QByteArray owner;
+        const char *text; // none: rejected
+    } cases[] = {
+        { "to the question", pointerToQuestion, "a.test" },
+        { "label then pointer", "\x03www" + pointerToQuestion, "www.a.test" },
+        { "to itself", "\xc0\x18", nullptr },
+        { "past the end", "\xc3\xff", nullptr },
+        { "forward", "\xc0\x1a" + name("b"), nullptr },
+        { "label then back to its own start", "\x01x\xc0\x18", nullptr },
+    };
+    for (const auto &c : cases) {
+        const QByteArray message = start + c.owner + rest(60);
+        EXPECT_EQ(inspectResponse(message).has_value(), c.text != nullptr) << c.what;
+        const auto records = answerRecords(message);
+        EXPECT_EQ(records ? nameToText(records->at(0).name) : QByteArray(), QByteArray(c.text)) << c.what;
+    }
+    EXPECT_FALSE(inspectResponse(start + "\xc0")) << "pointer cut at the end";
+    EXPECT_FALSE(answerRecords(start + "\xc0")) << "pointer cut at the end";
+}
+
+TEST(DnsMessage, CacheTtlFollowsRecordsAndRfc2308)
+{
+    const QByteArray q = question("n.test");
+    const QByteArray a = record(pointerToQuestion, RRType::A, 300, "\1\2\3\4");
+    const QByteArray cname = record(pointerToQuestion, RRType::CNAME, 20, pointerToQuestion);
+    const QByteArray ns = record(name("test"), RRType::NS, 100, name("ns.test"));
+    const auto soaRecord
+        = [](quint32 ttl, quint32 minimum) { return record(name("test"), RRType::SOA, ttl, soa(minimum)); };
+    const struct
+    {
+        const char *what;
+        QByteArray message;
+        std::optional<quint32> ttl;
+    } cases[] = {
+        { "lowest of answer and authority", header(1, 0x8180, 1, 1, 1, 0) + q + a + ns, 100 },
+        { "additional and OPT ignored",
+            header(1, 0x8180, 1, 1, 0, 2) + q + a + record(name("x"), 1, 5, "1234") + opt(1232, 0x8000),
+            300 },
+        { "NXDOMAIN: SOA minimum", header(1, 0x8183, 1, 0, 1, 0) + q + soaRecord(3600, 300), 300 },
+        { "NXDOMAIN: SOA TTL", header(1, 0x8183, 1, 0, 1, 0) + q + soaRecord(60, 300), 60 },
+        { "NODATA: SOA", header(1, 0x8180, 1, 0, 1, 0) + q + soaRecord(900, 600), 600 },
+        { "NXDOMAIN after a CNAME", header(1, 0x8183, 1, 1, 1, 0) + q + cname + soaRecord(900, 600), 20 },
+        { "NXDOMAIN without SOA", header(1, 0x8183, 1, 0, 1, 0) + q + ns, std::nullopt },
+        { "NODATA without SOA", header(1, 0x8180, 1, 0, 0, 0) + q, std::nullopt },
+        { "SERVFAIL", header(1, 0x8182, 1, 1, 0, 0) + q + a, std::nullopt },
+        { "REFUSED", header(1, 0x8185, 1, 0, 1, 0) + q + soaRecord(60, 60), std::nullopt },
+        { "truncated", header(1, 0x8380, 1, 1, 0, 0) + q + a, std::nullopt },
+        { "TTL with the top bit set",
+            header(1, 0x8180, 1, 1, 0, 0) + q + record(pointerToQuestion, 1, 0x80000001, "1234"), 0 },
+    };
+    for (const auto &c : cases) {
+        const auto info = inspectResponse(c.message);
+        ASSERT_TRUE(info) << c.what;
+        EXPECT_EQ(info->cacheTtl, c.ttl) << c.what;
+        EXPECT_EQ(info->question, (Question { name("n.test"), RRType::A, classIN })) << c.what;
+    }
+    EXPECT_FALSE(inspectResponse(header(1, 0x0100, 1, 1, 0, 0) + q + a)) << "a query";
+    EXPECT_FALSE(inspectResponse(header(1, 0x8180, 0, 0, 0, 0))) << "no question";
+}
+
+TEST(DnsMessage, AgeingLowersEveryTtlButTheOpt)
+{
+    QByteArray message = header(1, 0x8180, 1, 2, 0, 1) + question("t.test")
+        + record(pointerToQuestion, RRType::CNAME, 100, pointerToQuestion)
+        + record(pointerToQuestion, RRType::A, 5, "\1\2\3\4") + opt(1232, 0x8000);
+    const auto info = inspectResponse(message).value();
+    ASSERT_EQ(info.ttlOffsets.size(), 2u);
+    ageTtls(message, info.ttlOffsets, 30);
+    const auto records = answerRecords(message).value();
+    EXPECT_EQ(records.at(0).ttl, 70u);
+    EXPECT_EQ(records.at(1).ttl, 0u);
+    EXPECT_TRUE(message.endsWith(opt(1232, 0x8000)));
+}
+
+TEST(DnsMessage, QueryForBootstrap)
+{
+    EXPECT_EQ(makeQuery(0x55aa, name("dns.example"), RRType::AAAA),
+        header(0x55aa, 0x0100, 1, 0, 0, 0) + question("dns.example", RRType::AAAA));
+}

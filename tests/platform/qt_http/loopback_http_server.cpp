@@ -15,30 +15,6 @@ namespace brivanta::testing {
 
 namespace {
 
-QByteArray reasonPhrase(int code)
-{
-    switch (code) {
-    case 200:
-        return "OK";
-    case 204:
-        return "No Content";
-    case 301:
-        return "Moved Permanently";
-    case 302:
-        return "Found";
-    case 307:
-        return "Temporary Redirect";
-    case 403:
-        return "Forbidden";
-    case 404:
-        return "Not Found";
-    case 500:
-        return "Internal Server Error";
-    default:
-        return "Status";
-    }
-}
-
 constexpr qint64 bodyChunk = 64 * 1024;
 
 } // namespace
@@ -80,9 +56,9 @@ QUrl LoopbackHttpServer::url(const QString &path) const
 
 LoopbackHttpServer::Answer LoopbackHttpServer::status(int code, const QByteArray &extraHeaders)
 {
+    // Clients read the code only; the reason phrase is the same for all.
     return { Answer::Kind::Respond,
-        "HTTP/1.1 " + QByteArray::number(code) + ' ' + reasonPhrase(code) + "\r\n" + extraHeaders
-            + "Content-Length: 0\r\n\r\n" };
+        "HTTP/1.1 " + QByteArray::number(code) + " Status\r\n" + extraHeaders + "Content-Length: 0\r\n\r\n" };
 }
 
 LoopbackHttpServer::Answer LoopbackHttpServer::redirect(int code, const QByteArray &location)

@@ -20,21 +20,6 @@ extern "C" const char *__lsan_default_suppressions()
 
 namespace brivanta {
 
-void PrintTo(const HttpOutcome &outcome, std::ostream *os)
-{
-    *os << "{error: ";
-    if (outcome.error)
-        *os << outcome.error->code << " \"" << outcome.error->localizedDescription.toStdString() << "\"";
-    else
-        *os << "none";
-    *os << ", status: ";
-    if (outcome.statusCode)
-        *os << *outcome.statusCode;
-    else
-        *os << "none";
-    *os << "}";
-}
-
 namespace {
 
 using namespace std::chrono_literals;
@@ -106,7 +91,7 @@ TEST_P(StatusPassesThrough, WithoutATransportErrorOnTheClientsOwnThread)
     EXPECT_NE(fetched.thread, QThread::currentThread());
 }
 
-INSTANTIATE_TEST_SUITE_P(QtHttpClient, StatusPassesThrough, ::testing::Values(200, 204, 403, 404, 500));
+INSTANTIATE_TEST_SUITE_P(QtHttpClient, StatusPassesThrough, ::testing::Values(200, 204, 404, 500));
 
 struct RedirectCase
 {
@@ -132,8 +117,7 @@ TEST_P(RedirectsAreFollowed, ToTheFinalResponse)
 }
 
 INSTANTIATE_TEST_SUITE_P(QtHttpClient, RedirectsAreFollowed,
-    ::testing::Values(RedirectCase { 301, 200 }, RedirectCase { 302, 200 }, RedirectCase { 307, 200 },
-        RedirectCase { 302, 404 }),
+    ::testing::Values(RedirectCase { 301, 200 }, RedirectCase { 307, 200 }, RedirectCase { 302, 404 }),
     [](const auto &info) {
         return std::to_string(info.param.redirectStatus) + "To" + std::to_string(info.param.finalStatus);
     });

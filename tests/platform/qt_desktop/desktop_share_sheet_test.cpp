@@ -4,7 +4,6 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QSignalSpy>
 #include <QUrlQuery>
 #include <gtest/gtest.h>
 
@@ -16,21 +15,6 @@ using testing::UrlRecorder;
 ShareSheet sheetWith(const QString &text)
 {
     return { { text, QUrl(QStringLiteral("https://apps.apple.com/app/id6742517203")) }, std::nullopt };
-}
-
-TEST(DesktopShareSheet, ShowsTheTextAndTheLinkOfThePresentedSheet)
-{
-    DesktopShareSheet sheet;
-    QSignalSpy visibleChanged(&sheet, &DesktopShareSheet::visibleChanged);
-
-    sheet.present(sheetWith(QStringLiteral("Try it!\n\n")));
-
-    EXPECT_TRUE(sheet.isVisible());
-    EXPECT_EQ(visibleChanged.count(), 1);
-    EXPECT_EQ(sheet.text(), QStringLiteral("Try it!\n\n"));
-    EXPECT_EQ(sheet.urlText(), QStringLiteral("https://apps.apple.com/app/id6742517203"));
-    EXPECT_FALSE(sheet.isPopover());
-    EXPECT_FALSE(sheet.isCentred());
 }
 
 TEST(DesktopShareSheet, CopyPutsTextThenLinkOnTheClipboardAndCloses)

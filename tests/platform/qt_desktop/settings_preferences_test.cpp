@@ -50,25 +50,19 @@ TEST_F(SettingsPreferencesTest, KeepsTheWholeSigned64BitRange)
     EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), std::numeric_limits<std::int64_t>::max());
 }
 
-class SettingsPreferencesDamaged : public SettingsPreferencesTest,
-                                   public ::testing::WithParamInterface<const char *>
+TEST_F(SettingsPreferencesTest, AValueThatIsNotAnIntegerReadsZeroAndIsOverwrittenByOne)
 {
-};
+    for (const char *damaged : { "five", "2.5", "", "99999999999999999999", "0x10" }) {
+        storeRaw(QString::fromUtf8(damaged));
+        SettingsPreferences preferences(fileName);
+        EXPECT_EQ(preferences.integerForKey(key), 0) << damaged;
 
-TEST_P(SettingsPreferencesDamaged, AValueThatIsNotAnIntegerReadsZeroAndIsOverwrittenByOne)
-{
-    storeRaw(QString::fromUtf8(GetParam()));
-    SettingsPreferences preferences(fileName);
-    EXPECT_EQ(preferences.integerForKey(key), 0);
+        FakeApplicationServices application;
+        incrementLaunchCount(preferences, application);
 
-    FakeApplicationServices application;
-    incrementLaunchCount(preferences, application);
-
-    EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), 1);
+        EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), 1) << damaged;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    , SettingsPreferencesDamaged, ::testing::Values("five", "2.5", "", "99999999999999999999", "0x10"));
 
 } // namespace
 } // namespace brivanta

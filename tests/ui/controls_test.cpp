@@ -50,7 +50,8 @@ TEST_F(ControlsTest, InstructionsShowFourNumberedRows)
         texts.append(text->property("text").toString());
     EXPECT_EQ(symbols, QStringList({ "1.circle.fill", "2.circle.fill", "3.circle.fill", "4.circle.fill" }));
     EXPECT_EQ(texts.size(), 4);
-    EXPECT_EQ(harness.items("instructionSymbol").first()->property("color").value<QColor>(), QColor("#64d2ff"));
+    EXPECT_EQ(
+        harness.items("instructionSymbol").first()->property("color").value<QColor>(), QColor("#64d2ff"));
 }
 
 } // namespace

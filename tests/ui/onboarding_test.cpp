@@ -68,36 +68,5 @@ TEST_F(OnboardingTest, SwipingMovesBetweenPagesAndNeverEndsTheOnboarding)
     EXPECT_TRUE(mainScreenShown());
 }
 
-TEST(OnboardingIdiom, SizesFollowTheIdiom)
-{
-    const struct
-    {
-        QSize size;
-        double buttonMaximum;
-        double sideMargin;
-        double symbolSize;
-        const char *visibleLayout;
-    } cases[] = { { ContentWindow::phoneSize, 300, 20, 100, "phonePageLayout" },
-        { ContentWindow::tabletSize, 400, 80, 150, "tabletPageLayout" } };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.visibleLayout);
-        UiHarness harness;
-        harness.start(c.size);
-
-        EXPECT_DOUBLE_EQ(harness.item("onboardingButton")->width(), c.buttonMaximum);
-        QQuickItem *pager = harness.item("onboardingPager");
-        EXPECT_DOUBLE_EQ(pager->mapToScene(QPointF(0, 0)).x(), c.sideMargin);
-        EXPECT_DOUBLE_EQ(pager->width(), c.size.width() - 2 * c.sideMargin);
-
-        QQuickItem *layout = harness.item(c.visibleLayout);
-        ASSERT_TRUE(layout->isVisible());
-        QQuickItem *symbol = layout->childItems().first();
-        EXPECT_DOUBLE_EQ(symbol->width(), c.symbolSize);
-        EXPECT_DOUBLE_EQ(symbol->height(), c.symbolSize);
-        // Pages are at most 700 wide (after the page's own padding).
-        EXPECT_LE(layout->parentItem()->width(), 700);
-    }
-}
-
 } // namespace
 } // namespace brivanta

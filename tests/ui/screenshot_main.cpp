@@ -112,17 +112,18 @@ int main(int argc, char *argv[])
     bool ok = true;
     for (const Size &size : sizes) {
         for (const auto &[name, scenario] : scenarios) {
-            ok = shoot(QStringLiteral("%1/%2-%3.png").arg(directory, name, QLatin1String(size.name)), size.size,
-                     scenario)
+            ok = shoot(QStringLiteral("%1/%2-%3.png").arg(directory, name, QLatin1String(size.name)),
+                     size.size, scenario)
                 && ok;
         }
     }
 
     // The onboarding and main screen in German, as a German locale shows them.
     QTranslator german;
-    if (brivanta::BrivantaApp::installTranslator(application, german, QLocale(QLocale::German, QLocale::Germany))) {
-        ok = shoot(QStringLiteral("%1/onboarding-first-phone-de.png").arg(directory), ContentWindow::phoneSize,
-                 [](UiHarness &) {})
+    if (brivanta::BrivantaApp::installTranslator(
+            application, german, QLocale(QLocale::German, QLocale::Germany))) {
+        ok = shoot(QStringLiteral("%1/onboarding-first-phone-de.png").arg(directory),
+                 ContentWindow::phoneSize, [](UiHarness &) {})
             && ok;
         ok = shoot(QStringLiteral("%1/main-enabled-phone-de.png").arg(directory), ContentWindow::phoneSize,
                  [](UiHarness &h) {

@@ -133,8 +133,8 @@ void UiHarness::click(QQuickItem *target)
     ASSERT_NE(target, nullptr);
     if (QQuickItem *scrollView = scrollViewOf(target)) {
         const qreal contentHeight = scrollView->property("contentHeight").toReal();
-        const QPointF inContent = target->mapToItem(scrollView->property("contentItem").value<QQuickItem *>(),
-            QPointF(0, target->height() / 2));
+        const QPointF inContent = target->mapToItem(
+            scrollView->property("contentItem").value<QQuickItem *>(), QPointF(0, target->height() / 2));
         const qreal wanted = inContent.y() - scrollView->height() / 2;
         scrollView->setProperty(
             "contentY", std::clamp(wanted, 0.0, std::max(0.0, contentHeight - scrollView->height())));

@@ -37,7 +37,8 @@ public:
     FakePreferences preferences;
     FakeBundleInfo bundle;
     FakeLocaleInfo locale;
-    DesktopDevice device { QStringLiteral("ThinkPad X1"), QStringLiteral("Debian GNU/Linux"), QStringLiteral("12") };
+    DesktopDevice device { QStringLiteral("ThinkPad X1"), QStringLiteral("Debian GNU/Linux"),
+        QStringLiteral("12") };
     DesktopShareSheet shareSheet;
     DesktopRatingPrompt ratingPrompt;
     DesktopApplicationServices application { device, shareSheet, ratingPrompt };

@@ -161,7 +161,7 @@ void MainViewModel::removeSettings(const std::shared_ptr<State> &state)
 
 bool MainViewModel::canSwitchOn() const
 {
-    return m_state->systemSwitch != nullptr;
+    return m_state->systemSwitch && m_state->systemSwitch->canSwitchOn();
 }
 
 void MainViewModel::setStatusReason(const QString &reason)

@@ -37,7 +37,8 @@ class MainViewModel : public QObject
     Q_PROPERTY(bool isScoreGood READ isScoreGood NOTIFY scoreChanged)
     // One map per row, in display order: {"host": QString, "blocked": bool, "label": QString}.
     Q_PROPERTY(QVariantList resultRows READ resultRows NOTIFY resultsChanged)
-    // Where the app switches blocking on itself (a desktop): why it is not on, and the switch.
+    // Where the app switches blocking on itself (a desktop): why it is not on (empty when it is, and on the
+    // phone), and the switch.
     Q_PROPERTY(bool canSwitchOn READ canSwitchOn CONSTANT)
     Q_PROPERTY(QString statusReason READ statusReason NOTIFY statusReasonChanged)
     Q_PROPERTY(bool isSwitchingOn READ isSwitchingOn NOTIFY isSwitchingOnChanged)

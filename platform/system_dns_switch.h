@@ -19,10 +19,14 @@ public:
 
     // After a load of the DNS slot: why blocking is not on right now, in one short sentence; empty when
     // it is.
-    virtual QString statusReason() const = 0;
+    [[nodiscard]] virtual QString statusReason() const = 0;
+    // Whether switchOn can work on this machine at all (the privileged helper is installed).
+    [[nodiscard]] virtual bool canSwitchOn() const = 0;
     // Asks for the user's authorisation, then switches the saved configuration on. A cancelled
     // authorisation changes nothing and is reported as such.
     virtual void switchOn(SwitchCompletion completion) = 0;
+    // Asks for the user's authorisation, then puts the machine's DNS back as it was.
+    virtual void switchOff(SwitchCompletion completion) = 0;
 };
 
 } // namespace brivanta

@@ -46,7 +46,8 @@ QString helpText(const QString &storePath)
         "Switches Brivanta's ad blocking on and off for this whole computer.\n"
         "\n"
         "Commands:\n"
-        "  status         Say whether blocking is really on right now, and if not, why (exit 0 only when on).\n"
+        "  status         Say whether blocking is really on right now, and if not, why (exit 0 only when "
+        "on).\n"
         "  enable         Route every lookup of this computer through brivanta-dohd to the saved\n"
         "                 DNS-over-HTTPS address (asks for an administrator's password).\n"
         "  disable        Put this computer's DNS back exactly as it was.\n"
@@ -107,7 +108,8 @@ int status(const DnsSlotStore &store)
     if (seen.phase == QLatin1String("applied"))
         out(QStringLiteral("Applied: yes, through %1, to %2").arg(seen.stack, seen.appliedEndpoint));
     else if (seen.phase == QLatin1String("paused"))
-        out(QStringLiteral("Applied: paused until %1").arg(QDateTime::fromMSecsSinceEpoch(seen.pausedUntilMs).toString(Qt::ISODate)));
+        out(QStringLiteral("Applied: paused until %1")
+                .arg(QDateTime::fromMSecsSinceEpoch(seen.pausedUntilMs).toString(Qt::ISODate)));
     else
         out(QStringLiteral("Applied: no"));
     if (!seen.routingKnown)
@@ -115,17 +117,36 @@ int status(const DnsSlotStore &store)
     else if (seen.otherServers.isEmpty())
         out(QStringLiteral("Routing: every lookup goes to brivanta-dohd (127.0.0.153)"));
     else
-        out(QStringLiteral("Routing: lookups can also reach %1").arg(seen.otherServers.join(QLatin1String(", "))));
+        out(QStringLiteral("Routing: lookups can also reach %1")
+                .arg(seen.otherServers.join(QLatin1String(", "))));
     out(QStringLiteral("Forwarder: %1; last upstream answer %2; last failure %3%4")
-            .arg(seen.forwarderRunning ? QStringLiteral("running, to ") + seen.forwarderEndpoint : QStringLiteral("not running"),
+            .arg(seen.forwarderRunning ? QStringLiteral("running, to ") + seen.forwarderEndpoint
+                                       : QStringLiteral("not running"),
                 ago(seen.lastSuccessMs), ago(seen.lastFailureMs),
-                seen.lastError.isEmpty() ? QString() : QStringLiteral(" (") + seen.lastError + QLatin1Char(')')));
-    switch (seen.canary) {
+                seen.lastError.isEmpty() ? QString()
+                                         : QStringLiteral(" (") + seen.lastError + QLatin1Char(')')));
+    switch (seen.direct) {
     case Canary::Answered:
-        out(QStringLiteral("Test lookup: a fresh test name came back through the system resolver from brivanta-dohd"));
+        out(QStringLiteral("Forwarder answers on %1: yes").arg(seen.forwarderListen));
         break;
     case Canary::WrongAddress:
-        out(QStringLiteral("Test lookup: a fresh test name came back as %1, not from brivanta-dohd").arg(seen.canaryAddress));
+        out(QStringLiteral("Forwarder answers on %1: something else answers there")
+                .arg(seen.forwarderListen));
+        break;
+    case Canary::NoAnswer:
+        out(QStringLiteral("Forwarder answers on %1: no").arg(seen.forwarderListen));
+        break;
+    case Canary::NotTried:
+        break;
+    }
+    switch (seen.canary) {
+    case Canary::Answered:
+        out(QStringLiteral(
+            "Test lookup: a fresh test name came back through the system resolver from brivanta-dohd"));
+        break;
+    case Canary::WrongAddress:
+        out(QStringLiteral("Test lookup: a fresh test name came back as %1, not from brivanta-dohd")
+                .arg(seen.canaryAddress));
         break;
     case Canary::NoAnswer:
         out(QStringLiteral("Test lookup: a fresh test name did not resolve through the system resolver"));
@@ -134,29 +155,29 @@ int status(const DnsSlotStore &store)
         break;
     }
     const SystemDnsVerdict verdict = decideStatus(seen, endpoint, QDateTime::currentMSecsSinceEpoch());
-    out(verdict.enabled ? QStringLiteral("Blocking: on") : QStringLiteral("Blocking: off. ") + verdict.reason);
+    out(verdict.enabled ? QStringLiteral("Blocking: on")
+                        : QStringLiteral("Blocking: off. ") + verdict.reason);
     return verdict.enabled ? EXIT_SUCCESS : exitFailure;
 }
 
-int runHelper(DnsSlotStore &store, const QStringList &arguments, const QString &done)
+int runHelper(const QStringList &arguments, const QString &done)
 {
     if (auto error = LinuxDNSSettingsManager::runHelper(arguments))
         return fail(*error);
-    // What the user last asked for, kept beside the saved settings.
-    store.setEnabled(arguments.first() != QLatin1String("disable"));
     out(done);
     return EXIT_SUCCESS;
 }
 
-int enable(DnsSlotStore &store)
+int enable(const DnsSlotStore &store)
 {
     DnsSlot slot;
     if (auto error = store.read(slot))
         return fail(error->localizedDescription);
     const QString endpoint = LinuxDNSSettingsManager::savedEndpoint(slot);
     if (endpoint.isEmpty())
-        return fail(QStringLiteral("Nothing to enable: open Brivanta and press “Add Network Settings” first."));
-    return runHelper(store, { QStringLiteral("enable"), endpoint },
+        return fail(
+            QStringLiteral("Nothing to enable: open Brivanta and press “Add Network Settings” first."));
+    return runHelper({ QStringLiteral("enable"), endpoint },
         QStringLiteral("Every lookup of this computer now goes through Brivanta to %1.").arg(endpoint));
 }
 
@@ -167,7 +188,9 @@ std::optional<int> parseDuration(const QString &text)
     const QRegularExpressionMatch match = form.match(text);
     if (!match.hasMatch())
         return std::nullopt;
-    const qint64 unit = match.captured(2) == QLatin1String("h") ? 3600 : match.captured(2) == QLatin1String("m") ? 60 : 1;
+    const qint64 unit = match.captured(2) == QLatin1String("h") ? 3600
+        : match.captured(2) == QLatin1String("m")               ? 60
+                                                                : 1;
     const qint64 seconds = match.captured(1).toLongLong() * unit;
     if (seconds < 1 || seconds > 86400)
         return std::nullopt;
@@ -191,17 +214,24 @@ int main(int argc, char **argv)
     if (command == QLatin1String("pause") && arguments.size() == 2) {
         const std::optional<int> seconds = parseDuration(arguments[1]);
         if (!seconds)
-            return fail(QStringLiteral("Pause for how long? Give 1 second to 24 hours, e.g. 90s, 5m or 1h."), exitUsage);
-        return runHelper(store, { QStringLiteral("pause"), QString::number(*seconds) },
-            QStringLiteral("Paused: this computer uses its own DNS for %1 s, then Brivanta again.").arg(*seconds));
+            return fail(QStringLiteral("Pause for how long? Give 1 second to 24 hours, e.g. 90s, 5m or 1h."),
+                exitUsage);
+        return runHelper({ QStringLiteral("pause"), QString::number(*seconds) },
+            QStringLiteral("Paused: this computer uses its own DNS for %1 s, then Brivanta again.")
+                .arg(*seconds));
     }
     if (arguments.size() != 1)
-        return fail(QStringLiteral("Expected one command: status, enable, disable or pause <time> (see --help)."), exitUsage);
+        return fail(
+            QStringLiteral("Expected one command: status, enable, disable or pause <time> (see --help)."),
+            exitUsage);
     if (command == QLatin1String("status"))
         return status(store);
     if (command == QLatin1String("enable"))
         return enable(store);
     if (command == QLatin1String("disable"))
-        return runHelper(store, { QStringLiteral("disable") }, QStringLiteral("This computer's DNS is as it was before Brivanta."));
-    return fail(QStringLiteral("Unknown command “%1”: use status, enable, disable or pause (see --help).").arg(command), exitUsage);
+        return runHelper({ QStringLiteral("disable") },
+            QStringLiteral("This computer's DNS is as it was before Brivanta."));
+    return fail(QStringLiteral("Unknown command “%1”: use status, enable, disable or pause (see --help).")
+                    .arg(command),
+        exitUsage);
 }

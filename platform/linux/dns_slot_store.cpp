@@ -186,11 +186,8 @@ QString parseSlot(const QByteArray &data, DnsSlot &slot)
     if (object.value(QStringLiteral("format")).toInt(-1) != formatVersion)
         return tr("unknown format");
 
+    // Older files also hold an "enabled" switch; whether blocking is on is now read off the machine.
     DnsSlot parsed;
-    const QJsonValue enabled = object.value(QStringLiteral("enabled"));
-    if (!enabled.isBool())
-        return tr("no valid “enabled” switch");
-    parsed.enabled = enabled.toBool();
 
     const QJsonValue settings = object.value(QStringLiteral("dnsSettings"));
     if (!settings.isUndefined()) {
@@ -281,7 +278,6 @@ std::optional<PlatformError> DnsSlotStore::write(const DnsSlot &slot) const
 {
     QJsonObject object = configurationObject(slot);
     object.insert(QStringLiteral("format"), formatVersion);
-    object.insert(QStringLiteral("enabled"), slot.enabled);
 
     QSaveFile file(m_path);
     // Private before the first byte goes in: the temporary file would otherwise follow the umask.
@@ -316,25 +312,6 @@ std::optional<PlatformError> DnsSlotStore::update(const std::function<Change(Dns
         return std::nullopt;
     }
     return std::nullopt;
-}
-
-DnsSlotStore::SwitchResult DnsSlotStore::setEnabled(bool enabled)
-{
-    SwitchResult result;
-    result.error = update([&](DnsSlot &slot) {
-        if (enabled && !slot.dnsSettings) {
-            result.outcome = SwitchOutcome::NothingSaved;
-            return Change::Keep;
-        }
-        if (slot.enabled == enabled) {
-            result.outcome = SwitchOutcome::AlreadySo;
-            return Change::Keep;
-        }
-        slot.enabled = enabled;
-        result.outcome = SwitchOutcome::Switched;
-        return Change::Write;
-    });
-    return result;
 }
 
 } // namespace brivanta

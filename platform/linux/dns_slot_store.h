@@ -24,15 +24,13 @@ struct DnsSlot
 {
     std::optional<NEDNSSettings> dnsSettings;
     std::vector<NEOnDemandRule> onDemandRules;
-    // Switched on by the user outside the application (brivanta-dns enable), never by a save.
-    bool enabled = false;
 
     friend bool operator==(const DnsSlot &, const DnsSlot &) = default;
 };
 
 // The DNS slot's JSON store: one file, replaced atomically, mode 0600 in a 0700 directory. Every
-// read-modify-write holds a lock file next to it, so the application and brivanta-dns never lose each
-// other's updates. A store that cannot be read or parsed is reported, never overwritten. Thread-safe in
+// read-modify-write holds a lock file next to it, so two running copies of the application never lose
+// each other's updates. A store that cannot be read or parsed is reported, never overwritten. Thread-safe in
 // the sense that separate instances (or threads) on one path serialise through the lock file.
 class DnsSlotStore
 {
@@ -51,15 +49,6 @@ public:
     // Reads the slot under the lock, lets change edit it and decide, then writes or deletes the file
     // before releasing the lock. A store that cannot be read is an error and change is not called.
     std::optional<PlatformError> update(const std::function<Change(DnsSlot &)> &change);
-
-    // Flips the on/off switch. Switching on needs saved DNS settings.
-    enum class SwitchOutcome { Switched, AlreadySo, NothingSaved };
-    struct SwitchResult
-    {
-        std::optional<PlatformError> error;
-        SwitchOutcome outcome = SwitchOutcome::AlreadySo;
-    };
-    SwitchResult setEnabled(bool enabled);
 
     // The JSON form of the saved settings and rules, as stored; equal texts mean equal configurations.
     static QByteArray configurationJson(const DnsSlot &slot);

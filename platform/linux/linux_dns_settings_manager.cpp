@@ -4,8 +4,10 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QFileInfo>
 #include <QHostAddress>
 #include <QProcess>
+#include <QStandardPaths>
 
 namespace brivanta {
 
@@ -34,7 +36,8 @@ std::optional<PlatformError> judgeServers(const QStringList &servers)
 
 } // namespace
 
-LinuxDNSSettingsManager::LinuxDNSSettingsManager(QString storePath, std::shared_ptr<const SystemDnsProbe> probe)
+LinuxDNSSettingsManager::LinuxDNSSettingsManager(
+    QString storePath, std::shared_ptr<const SystemDnsProbe> probe)
     : m_store(std::move(storePath))
     , m_probe(std::move(probe))
 {
@@ -116,11 +119,11 @@ std::optional<PlatformError> LinuxDNSSettingsManager::load()
     DnsSlot stored;
     if (auto error = m_store.read(stored))
         return error;
-    // The stored switch is only what the user last asked for; the machine decides.
-    const SystemDnsVerdict verdict = decideStatus(m_probe->observe(), savedEndpoint(stored), QDateTime::currentMSecsSinceEpoch());
-    stored.enabled = verdict.enabled;
+    const SystemDnsVerdict verdict
+        = decideStatus(m_probe->observe(), savedEndpoint(stored), QDateTime::currentMSecsSinceEpoch());
     std::lock_guard lock(m_mutex);
     m_slot = std::move(stored);
+    m_enabled = verdict.enabled;
     m_reason = verdict.reason;
     return std::nullopt;
 }
@@ -141,10 +144,22 @@ QString LinuxDNSSettingsManager::statusReason() const
 
 QStringList LinuxDNSSettingsManager::helperCommand()
 {
+#ifdef BRIVANTA_TEST_HOOKS
     const QString overridden = qEnvironmentVariable("BRIVANTA_DNS_APPLY_COMMAND");
     if (!overridden.isEmpty())
         return QProcess::splitCommand(overridden);
-    return { QStringLiteral("pkexec"), QString::fromUtf8(build::libexecDir) + QStringLiteral("/brivanta-dns-apply") };
+#endif
+    return { QStringLiteral("pkexec"),
+        QString::fromUtf8(build::libexecDir) + QStringLiteral("/brivanta-dns-apply") };
+}
+
+bool LinuxDNSSettingsManager::canSwitchOn() const
+{
+    const QStringList command = helperCommand();
+    if (command.first() != QLatin1String("pkexec"))
+        return true;
+    return !QStandardPaths::findExecutable(command.first()).isEmpty()
+        && QFileInfo(command.at(1)).isExecutable();
 }
 
 std::optional<QString> LinuxDNSSettingsManager::runHelper(const QStringList &arguments)
@@ -160,13 +175,18 @@ std::optional<QString> LinuxDNSSettingsManager::runHelper(const QStringList &arg
     }
     if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
         return std::nullopt;
-    // pkexec: 126 the authorisation was dismissed or refused, 127 it could not authenticate.
-    if (command.first().endsWith(QLatin1String("pkexec")) && (process.exitCode() == 126 || process.exitCode() == 127))
-        return tr("Switching on was cancelled.");
-    const QStringList lines = QString::fromLocal8Bit(process.readAllStandardError()).trimmed().split(QLatin1Char('\n'));
-    QString last = lines.isEmpty() ? QString() : lines.last();
+    // pkexec: 126 the authorisation was dismissed or refused, 127 it could not authenticate. Either way
+    // the helper did not run and nothing changed.
+    if (QFileInfo(command.first()).fileName() == QLatin1String("pkexec")
+        && (process.exitCode() == 126 || process.exitCode() == 127)) {
+        return arguments.first() == QLatin1String("enable") ? tr("Switching on was cancelled.")
+                                                            : tr("Cancelled: nothing was changed.");
+    }
+    const QStringList lines
+        = QString::fromLocal8Bit(process.readAllStandardError()).trimmed().split(QLatin1Char('\n'));
+    QString last = lines.last();
     last.remove(QStringLiteral("brivanta-dns-apply: "));
-    return last.isEmpty() ? tr("Switching on failed.") : last;
+    return last.isEmpty() ? tr("The helper failed (exit status %1).").arg(process.exitCode()) : last;
 }
 
 void LinuxDNSSettingsManager::switchOn(SwitchCompletion completion)
@@ -180,8 +200,15 @@ void LinuxDNSSettingsManager::switchOn(SwitchCompletion completion)
             error = tr("Press “Add Network Settings” first.");
         else
             error = runHelper({ QStringLiteral("enable"), savedEndpoint(stored) });
-        if (!error)
-            m_store.setEnabled(true);
+        if (completion)
+            completion(error);
+    });
+}
+
+void LinuxDNSSettingsManager::switchOff(SwitchCompletion completion)
+{
+    m_worker.start([completion = std::move(completion)] {
+        const std::optional<QString> error = runHelper({ QStringLiteral("disable") });
         if (completion)
             completion(error);
     });
@@ -215,13 +242,14 @@ std::optional<PlatformError> LinuxDNSSettingsManager::remove()
         return error;
     std::lock_guard lock(m_mutex);
     m_slot = DnsSlot {};
+    m_enabled = false;
     return std::nullopt;
 }
 
 bool LinuxDNSSettingsManager::isEnabled() const
 {
     std::lock_guard lock(m_mutex);
-    return m_slot.enabled;
+    return m_enabled;
 }
 
 std::optional<NEDNSSettings> LinuxDNSSettingsManager::dnsSettings() const

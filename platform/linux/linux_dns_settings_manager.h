@@ -16,7 +16,7 @@ namespace brivanta {
 //
 // isEnabled is the truth about the machine, found out by every load: the saved DNS-over-HTTPS endpoint is
 // applied system-wide and a fresh lookup really went through brivanta-dohd to it (SystemDnsProbe). When
-// it is not, statusReason says why. switchOn runs the privileged helper through pkexec.
+// it is not, statusReason says why. switchOn and switchOff run the privileged helper through pkexec.
 //
 // Operations run one at a time, in the order started, on the manager's own worker thread; completions
 // arrive there. The destructor waits for operations already started.
@@ -38,13 +38,16 @@ public:
     void setOnDemandRules(std::vector<NEOnDemandRule> rules) override;
 
     QString statusReason() const override;
+    bool canSwitchOn() const override;
     void switchOn(SwitchCompletion completion) override;
+    void switchOff(SwitchCompletion completion) override;
 
     // The DNS-over-HTTPS endpoint of a slot, empty when it holds none.
     static QString savedEndpoint(const DnsSlot &slot);
-    // The helper's command: pkexec and brivanta-dns-apply, or $BRIVANTA_DNS_APPLY_COMMAND (tests).
+    // The helper's command: pkexec and brivanta-dns-apply; builds with tests take
+    // $BRIVANTA_DNS_APPLY_COMMAND instead when it is set.
     static QStringList helperCommand();
-    // Runs the helper with these arguments; an error sentence, or nothing when it did it.
+    // Runs the helper with these arguments (blocking); an error sentence, or nothing when it did it.
     static std::optional<QString> runHelper(const QStringList &arguments);
 
     // What the platform accepts: DNS-over-HTTPS needs an https server URL with a host; DNS-over-TLS needs
@@ -55,15 +58,17 @@ public:
         const std::optional<NEDNSSettings> &settings, const std::vector<NEOnDemandRule> &rules);
 
 private:
-    void run(std::function<std::optional<PlatformError>()> operation, DNSSettingsManager::Completion completion);
+    void run(
+        std::function<std::optional<PlatformError>()> operation, DNSSettingsManager::Completion completion);
     std::optional<PlatformError> load();
     std::optional<PlatformError> save(const DnsSlot &wanted);
     std::optional<PlatformError> remove();
 
     DnsSlotStore m_store;
     std::shared_ptr<const SystemDnsProbe> m_probe;
-    mutable std::mutex m_mutex; // guards m_slot and m_reason
+    mutable std::mutex m_mutex; // guards m_slot, m_enabled and m_reason
     DnsSlot m_slot;
+    bool m_enabled = false;
     QString m_reason;
     QThreadPool m_worker;
 };

@@ -73,6 +73,8 @@ TEST_F(MainViewModelTest, OnADesktopTheReasonArrivesWithTheFlagAndSwitchingOnRef
     withSwitch = true;
     resetModel();
     ASSERT_TRUE(model->canSwitchOn());
+    systemSwitch.helperInstalled = false;
+    EXPECT_FALSE(model->canSwitchOn());
     systemSwitch.setReason(QStringLiteral("Not switched on."));
     model->refreshStatus();
     manager.release(Operation::Load);

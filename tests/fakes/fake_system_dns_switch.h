@@ -21,8 +21,11 @@ public:
         std::lock_guard lock(m_mutex);
         m_reason = std::move(reason);
     }
+    bool canSwitchOn() const override { return helperInstalled; }
     void switchOn(SwitchCompletion completion) override { pending.push_back(std::move(completion)); }
+    void switchOff(SwitchCompletion completion) override { pending.push_back(std::move(completion)); }
 
+    bool helperInstalled = true;
     std::vector<SwitchCompletion> pending;
 
 private:

@@ -27,11 +27,13 @@ protected:
         // A stand-in for pkexec and the helper, and an empty machine to look at.
         const QString helper = configHome() + QStringLiteral("/helper.sh");
         writeFile(helper,
-            QStringLiteral("echo \"$*\" >> %1\n[ %2 = 0 ] || echo 'brivanta-dns-apply: the endpoint did not answer' >&2\nexit %2\n")
+            QStringLiteral("echo \"$*\" >> %1\n[ %2 = 0 ] || echo 'brivanta-dns-apply: the endpoint did not "
+                           "answer' >&2\nexit %2\n")
                 .arg(helperLog())
                 .arg(m_helperExit)
                 .toUtf8());
-        environment.insert(QStringLiteral("BRIVANTA_DNS_APPLY_COMMAND"), QStringLiteral("sh ") + helper);
+        environment.insert(QStringLiteral("BRIVANTA_DNS_APPLY_COMMAND"),
+            m_command.isEmpty() ? QStringLiteral("sh ") + helper : m_command);
         environment.insert(QStringLiteral("BRIVANTA_SYSTEM_ROOT"), configHome());
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral(BRIVANTA_DNS_BINARY), arguments);
@@ -50,6 +52,7 @@ protected:
 
     QString helperLog() const { return configHome() + QStringLiteral("/helper.log"); }
     int m_helperExit = 0;
+    QString m_command;
 };
 
 TEST_F(BrivantaDnsCommandTest, StatusSaysWhyBlockingIsOffAndExits1)
@@ -57,10 +60,11 @@ TEST_F(BrivantaDnsCommandTest, StatusSaysWhyBlockingIsOffAndExits1)
     saveBuiltInLike();
     const CommandRun result = run({ QStringLiteral("status") });
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(result.out.startsWith(
-        QStringLiteral("Saved DNS settings: DNS-over-HTTPS, server URL https://dns.example.test/c7e091\nApplied: no\n")))
+    EXPECT_TRUE(result.out.startsWith(QStringLiteral(
+        "Saved DNS settings: DNS-over-HTTPS, server URL https://dns.example.test/c7e091\nApplied: no\n")))
         << result.out.toStdString();
-    EXPECT_TRUE(result.out.endsWith(QStringLiteral("Blocking: off. Not switched on.\n"))) << result.out.toStdString();
+    EXPECT_TRUE(result.out.endsWith(QStringLiteral("Blocking: off. Not switched on.\n")))
+        << result.out.toStdString();
 }
 
 TEST_F(BrivantaDnsCommandTest, EnablingWithNothingSavedSaysWhatToDoFirst)
@@ -79,12 +83,22 @@ TEST_F(BrivantaDnsCommandTest, AsksTheHelperWithTheSavedEndpointAndReportsItsFai
     EXPECT_EQ(run({ QStringLiteral("enable") }).exitCode, 0);
     EXPECT_EQ(run({ QStringLiteral("pause"), QStringLiteral("5m") }).exitCode, 0);
     EXPECT_EQ(run({ QStringLiteral("disable") }).exitCode, 0);
-    EXPECT_EQ(fileBytes(helperLog()), QByteArray("enable https://dns.example.test/c7e091\npause 300\ndisable\n"));
+    EXPECT_EQ(
+        fileBytes(helperLog()), QByteArray("enable https://dns.example.test/c7e091\npause 300\ndisable\n"));
 
     m_helperExit = 1;
     const CommandRun failed = run({ QStringLiteral("enable") });
     EXPECT_EQ(failed.exitCode, 1);
     EXPECT_EQ(failed.err, QStringLiteral("the endpoint did not answer\n"));
+
+    // pkexec's own 126: the password prompt was dismissed and the helper never ran.
+    const QString pkexec = configHome() + QStringLiteral("/pkexec");
+    writeFile(pkexec, "#!/bin/sh\nexit 126\n");
+    QFile::setPermissions(pkexec, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    m_command = pkexec + QStringLiteral(" /nonexistent/brivanta-dns-apply");
+    const CommandRun cancelled = run({ QStringLiteral("enable") });
+    EXPECT_EQ(cancelled.exitCode, 1);
+    EXPECT_EQ(cancelled.err, QStringLiteral("Switching on was cancelled.\n"));
 }
 
 TEST_F(BrivantaDnsCommandTest, DamagedStoreIsOneSentenceOnStandardErrorAndStaysAsItIs)
@@ -125,8 +139,8 @@ TEST_P(BrivantaDnsUsageTest, ExitsWith2AndOneSentence)
 }
 
 INSTANTIATE_TEST_SUITE_P(Command, BrivantaDnsUsageTest,
-    ::testing::Values(
-        UsageCase { "NoCommand", {}, "Expected one command: status, enable, disable or pause <time> (see --help).\n" },
+    ::testing::Values(UsageCase { "NoCommand", {},
+                          "Expected one command: status, enable, disable or pause <time> (see --help).\n" },
         UsageCase { "TwoCommands", { QStringLiteral("status"), QStringLiteral("now") },
             "Expected one command: status, enable, disable or pause <time> (see --help).\n" },
         UsageCase { "UnknownCommand", { QStringLiteral("frobnicate") },

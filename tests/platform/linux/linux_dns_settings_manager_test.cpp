@@ -122,26 +122,25 @@ TEST_F(LinuxDNSSettingsManagerTest, SaveStoresWhatWasSetWhenItWasCalledEvenIfALo
     EXPECT_EQ(slot.dnsSettings, goodHttps);
 }
 
-TEST_F(LinuxDNSSettingsManagerTest, SavingNeverTouchesTheSwitch)
+TEST_F(LinuxDNSSettingsManagerTest, AnOlderFileWithItsOnSwitchStillLoadsButTheMachineDecides)
 {
     ASSERT_EQ(saveSettings(httpsSettings(QStringLiteral("https://a.test/1"))).error, std::nullopt);
-    DnsSlotStore store(storePath());
-    ASSERT_EQ(store.setEnabled(true).outcome, DnsSlotStore::SwitchOutcome::Switched);
+    QByteArray old = fileBytes(storePath());
+    ASSERT_FALSE(old.contains("enabled"));
+    writeFile(storePath(), old.replace("{", "{\"enabled\": true,"));
 
-    LinuxDNSSettingsManager manager(storePath());
-    manager.setDnsSettings(httpsSettings(QStringLiteral("https://a.test/2")));
-    ASSERT_EQ(save(manager).error, std::nullopt);
-
-    DnsSlot slot;
-    ASSERT_EQ(store.read(slot), std::nullopt);
-    EXPECT_TRUE(slot.enabled);
-    EXPECT_EQ(slot.dnsSettings, httpsSettings(QStringLiteral("https://a.test/2")));
+    SystemDnsPaths nothingApplied;
+    nothingApplied.stateFile = configHome() + QStringLiteral("/no-state.json");
+    LinuxDNSSettingsManager manager(storePath(), std::make_shared<SystemDnsProbe>(nothingApplied));
+    ASSERT_EQ(load(manager).error, std::nullopt);
+    EXPECT_EQ(manager.dnsSettings(), httpsSettings(QStringLiteral("https://a.test/1")));
+    EXPECT_FALSE(manager.isEnabled());
+    EXPECT_EQ(manager.statusReason(), QStringLiteral("Not switched on."));
 }
 
-TEST_F(LinuxDNSSettingsManagerTest, RemoveDeletesTheConfigurationAndTheSwitch)
+TEST_F(LinuxDNSSettingsManagerTest, RemoveDeletesTheConfiguration)
 {
     ASSERT_EQ(saveSettings(httpsSettings(QStringLiteral("https://a.test/1"))).error, std::nullopt);
-    ASSERT_EQ(DnsSlotStore(storePath()).setEnabled(true).error, std::nullopt);
 
     LinuxDNSSettingsManager manager(storePath());
     ASSERT_EQ(load(manager).error, std::nullopt);
@@ -243,8 +242,8 @@ TEST_P(CorruptStoreTest, IsReportedByEveryOperationAndLeftUntouched)
 }
 
 INSTANTIATE_TEST_SUITE_P(Store, CorruptStoreTest,
-    ::testing::Values("{\"format\": 1, \"enabled\": tru", "[]", "{\"format\": 1, \"enabled\": \"yes\"}",
-        "{\"format\": 2, \"enabled\": false}", "{\"enabled\": false}",
+    ::testing::Values("{\"format\": 1, \"enabled\": tru", "[]", "{\"format\": 2, \"enabled\": false}",
+        "{\"enabled\": false}",
         "{\"format\": 1, \"enabled\": false, \"dnsSettings\": {\"protocol\": \"dnsOverQUIC\", \"servers\": "
         "[]}}",
         "{\"format\": 1, \"enabled\": false, \"onDemandRules\": [{\"action\": \"connect\"}]}"));

@@ -43,16 +43,25 @@ TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDo
         { [](auto &s) { s.phase = QStringLiteral("paused"); }, endpoint, "Not switched on." }, // pause over
         { [](auto &) {}, QString(), "Switched on for another DNS address." },
         { [](auto &) {}, QStringLiteral("https://other.test/"), "Switched on for another DNS address." },
-        { [](auto &s) { s.routingKnown = false, s.routingProblem = QStringLiteral("Cannot read."); }, endpoint,
-            "Cannot read." },
-        { [](auto &s) { s.otherServers = { QStringLiteral("192.0.2.1"), QStringLiteral("192.0.2.2") }; }, endpoint,
-            "Names can still reach 192.0.2.1, 192.0.2.2 directly." },
-        { [](auto &s) { s.canary = Canary::NoAnswer, s.forwarderRunning = false; }, endpoint,
+        { [](auto &s) { s.routingKnown = false, s.routingProblem = QStringLiteral("Cannot read."); },
+            endpoint, "Cannot read." },
+        { [](auto &s) {
+             s.otherServers = { QStringLiteral("192.0.2.1"), QStringLiteral("192.0.2.2") };
+         },
+            endpoint, "Names can still reach 192.0.2.1, 192.0.2.2 directly." },
+        { [](auto &s) { s.canary = Canary::WrongAddress, s.forwarderRunning = false; }, endpoint,
             "The forwarder is not running." },
-        { [](auto &s) { s.canary = Canary::NoAnswer, s.lastFailureMs = 2, s.lastError = QStringLiteral("HTTP 403"); },
+        { [](auto &s) {
+             s.canary = Canary::NoAnswer, s.lastFailureMs = 2, s.lastError = QStringLiteral("HTTP 403");
+         },
             endpoint, "The filtering resolver cannot be reached: HTTP 403." },
-        { [](auto &s) { s.canary = Canary::WrongAddress, s.lastSuccessMs = 3, s.lastFailureMs = 2; }, endpoint,
+        { [](auto &s) { s.canary = Canary::NoAnswer, s.lastSuccessMs = 3, s.lastFailureMs = 2; }, endpoint,
             "Lookups do not go through Brivanta." },
+        // Someone else answered: the forwarder's own trouble is not the reason.
+        { [](auto &s) {
+             s.canary = Canary::WrongAddress, s.lastFailureMs = 2, s.lastError = QStringLiteral("HTTP 403");
+         },
+            endpoint, "Lookups do not go through Brivanta." },
         { [](auto &s) { s.forwarderEndpoint = QStringLiteral("https://old.test/"); }, endpoint,
             "Switched on for another DNS address." },
     };
@@ -67,7 +76,8 @@ TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDo
     SystemDnsObservation paused = workingMachine();
     paused.phase = QStringLiteral("paused");
     paused.pausedUntilMs = QDateTime::currentMSecsSinceEpoch() + 60000;
-    EXPECT_TRUE(decideStatus(paused, endpoint, paused.pausedUntilMs - 1).reason.startsWith(QStringLiteral("Paused until ")));
+    EXPECT_TRUE(decideStatus(paused, endpoint, paused.pausedUntilMs - 1)
+                    .reason.startsWith(QStringLiteral("Paused until ")));
 }
 
 // The probe on files in a temporary root, with the system resolver's answer scripted.
@@ -77,9 +87,9 @@ public:
     ScriptedProbe(const SystemDnsPaths &paths, std::function<QString(const QString &)> answer)
         : SystemDnsProbe(paths)
         , m_answer(std::move(answer))
-    {
-    }
+    { }
     QString lookupIPv4(const QString &name) const override { return m_answer(name); }
+    bool forwarderAlive(qint64 pid) const override { return pid == ::getpid(); }
 
 private:
     std::function<QString(const QString &)> m_answer;
@@ -96,10 +106,12 @@ protected:
         m_paths.resolvConf = configHome() + QStringLiteral("/resolv.conf");
         writeFile(m_paths.stateFile,
             QJsonDocument(QJsonObject { { QStringLiteral("phase"), QStringLiteral("applied") },
-                              { QStringLiteral("endpoint"), endpoint }, { QStringLiteral("stack"), QStringLiteral("resolvconf") } })
+                              { QStringLiteral("endpoint"), endpoint },
+                              { QStringLiteral("stack"), QStringLiteral("resolvconf") } })
                 .toJson());
         writeFile(m_paths.healthFile,
-            QJsonDocument(QJsonObject { { QStringLiteral("pid"), qint64(::getpid()) }, { QStringLiteral("endpoint"), endpoint },
+            QJsonDocument(QJsonObject { { QStringLiteral("pid"), qint64(::getpid()) },
+                              { QStringLiteral("endpoint"), endpoint },
                               { QStringLiteral("canarySecret"), QString::fromLatin1(secret.toHex()) } })
                 .toJson());
         writeFile(m_paths.resolvConf, "nameserver 127.0.0.153\n");
@@ -111,14 +123,17 @@ protected:
     // isEnabled and statusReason after a load through the manager, as the app sees them.
     std::pair<bool, QString> load(std::function<QString(const QString &)> answer)
     {
-        LinuxDNSSettingsManager manager(storePath(), std::make_shared<ScriptedProbe>(m_paths, std::move(answer)));
-        EXPECT_EQ(finish([&](auto done) { manager.loadFromPreferences(std::move(done)); }).error, std::nullopt);
+        LinuxDNSSettingsManager manager(
+            storePath(), std::make_shared<ScriptedProbe>(m_paths, std::move(answer)));
+        EXPECT_EQ(
+            finish([&](auto done) { manager.loadFromPreferences(std::move(done)); }).error, std::nullopt);
         return { manager.isEnabled(), manager.statusReason() };
     }
 
     static QString forwarderAnswer(const QString &name)
     {
-        return QHostAddress(canaryAddress(secret, name.section(QLatin1Char('.'), 0, 0).toLatin1())).toString();
+        return QHostAddress(canaryAddress(secret, name.section(QLatin1Char('.'), 0, 0).toLatin1()))
+            .toString();
     }
 
     inline static const QByteArray secret = QByteArray::fromHex("00112233445566778899aabbccddeeff");

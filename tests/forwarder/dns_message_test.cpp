@@ -176,16 +176,13 @@ TEST(DnsMessage, LocalRepliesEchoQuestionFlagsAndEdns)
 
 TEST(DnsMessage, IdIsReadAndRestored)
 {
-    QByteArray message = header(0x1234, 0, 1, 0, 0, 0) + question("a.test");
+    QByteArray message = header(0x1234, 0x0100, 1, 0, 0, 0) + question("a.test");
     EXPECT_EQ(messageId(message), 0x1234);
     setId(message, 0xfedc);
-    EXPECT_EQ(messageId(message), 0xfedc);
-    EXPECT_EQ(message.mid(2), (header(0, 0, 1, 0, 0, 0) + question("a.test")).mid(2));
-
+    EXPECT_EQ(message, header(0xfedc, 0x0100, 1, 0, 0, 0) + question("a.test"));
     QByteArray tooShort("\x12\x34\x01", 3);
     setId(tooShort, 0);
     EXPECT_EQ(tooShort, QByteArray("\x12\x34\x01", 3));
-    EXPECT_EQ(messageId("\x01"), 0);
 }
 
 TEST(DnsMessage, TruncationKeepsQuestionAndSetsTc)
@@ -316,10 +313,4 @@ TEST(DnsMessage, AgeingLowersEveryTtlButTheOpt)
     EXPECT_EQ(records.at(0).ttl, 70u);
     EXPECT_EQ(records.at(1).ttl, 0u);
     EXPECT_TRUE(message.endsWith(opt(1232, 0x8000)));
-}
-
-TEST(DnsMessage, QueryForBootstrap)
-{
-    EXPECT_EQ(makeQuery(0x55aa, name("dns.example"), RRType::AAAA),
-        header(0x55aa, 0x0100, 1, 0, 0, 0) + question("dns.example", RRType::AAAA));
 }

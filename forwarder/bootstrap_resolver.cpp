@@ -2,11 +2,16 @@
 
 #include "forwarder/dns_message.h"
 
-#include <QNetworkDatagram>
 #include <QRandomGenerator>
 #include <QStringList>
 #include <QtEndian>
 #include <algorithm>
+#include <arpa/inet.h>
+#include <cerrno>
+#include <cstring>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace brivanta {
 
@@ -40,6 +45,11 @@ BootstrapResolver::BootstrapResolver(std::chrono::milliseconds perServerTimeout,
     });
 }
 
+BootstrapResolver::~BootstrapResolver()
+{
+    dropSocket();
+}
+
 void BootstrapResolver::resolve(const QString &host, std::vector<HostPort> servers, Completion completion)
 {
     m_host = host;
@@ -51,7 +61,7 @@ void BootstrapResolver::resolve(const QString &host, std::vector<HostPort> serve
     dropSocket();
     // Answered on the next turn of the loop, even when there is nothing to ask.
     QTimer::singleShot(0, this, [this] {
-        if (m_completion && !m_socket)
+        if (m_completion && m_fd < 0)
             askNext();
     });
 }
@@ -72,32 +82,57 @@ void BootstrapResolver::askNext()
         return;
     }
     const HostPort server = m_servers[m_next++];
-    m_socket = std::make_unique<QUdpSocket>();
-    connect(m_socket.get(), &QUdpSocket::readyRead, this, &BootstrapResolver::readAnswers);
-    // "Connection refused" (ICMP port unreachable): no need to wait for the timeout. Queued, since the
-    // socket goes away in askNext().
-    connect(
-        m_socket.get(), &QUdpSocket::errorOccurred, this,
-        [this, asked = m_next](QAbstractSocket::SocketError error) {
-            if (m_socket && asked == m_next && error == QAbstractSocket::ConnectionRefusedError
-                && m_partial.addresses.empty())
-                askNext();
-        },
-        Qt::QueuedConnection);
-    m_socket->connectToHost(server.address, server.port);
+    sockaddr_storage address {};
+    socklen_t length = 0;
+    if (server.address.protocol() == QAbstractSocket::IPv6Protocol) {
+        auto *in6 = reinterpret_cast<sockaddr_in6 *>(&address);
+        in6->sin6_family = AF_INET6;
+        in6->sin6_port = htons(server.port);
+        const Q_IPV6ADDR bytes = server.address.toIPv6Address();
+        std::memcpy(&in6->sin6_addr, bytes.c, sizeof bytes.c);
+        in6->sin6_scope_id = server.address.scopeId().toUInt();
+        length = sizeof *in6;
+    } else {
+        auto *in = reinterpret_cast<sockaddr_in *>(&address);
+        in->sin_family = AF_INET;
+        in->sin_port = htons(server.port);
+        in->sin_addr.s_addr = htonl(server.address.toIPv4Address());
+        length = sizeof *in;
+    }
+    // A connected socket of our own rather than QUdpSocket: only its peer's answers arrive, and an ICMP
+    // "port unreachable" shows as ECONNREFUSED, so a server that is not there is skipped at once.
+    m_fd = ::socket(address.ss_family, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (m_fd < 0 || ::connect(m_fd, reinterpret_cast<sockaddr *>(&address), length) != 0) {
+        askNext();
+        return;
+    }
+    m_notifier = std::make_unique<QSocketNotifier>(m_fd, QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &BootstrapResolver::readAnswers);
     const quint16 types[2] = { dns::RRType::A, dns::RRType::AAAA };
     m_pending = 2;
     for (int i = 0; i < 2; ++i) {
         m_ids[i] = quint16(QRandomGenerator::system()->generate());
-        m_socket->write(dns::makeQuery(m_ids[i], m_name, types[i]));
+        const QByteArray query = dns::makeQuery(m_ids[i], m_name, types[i]);
+        // The refusal of the first can already show here, and is then not reported again.
+        if (::send(m_fd, query.constData(), size_t(query.size()), MSG_NOSIGNAL) < 0 && errno != EAGAIN) {
+            askNext();
+            return;
+        }
     }
     m_timer.start(m_timeout);
 }
 
 void BootstrapResolver::readAnswers()
 {
-    while (m_socket && m_socket->hasPendingDatagrams()) {
-        const QByteArray datagram = m_socket->receiveDatagram(4096).data();
+    char buffer[4096];
+    while (m_fd >= 0) {
+        const ssize_t n = ::recv(m_fd, buffer, sizeof buffer, 0);
+        if (n < 0) {
+            if (errno == ECONNREFUSED && m_partial.addresses.empty())
+                askNext();
+            return;
+        }
+        const QByteArray datagram = QByteArray::fromRawData(buffer, qsizetype(n));
         const quint16 id = dns::messageId(datagram);
         const int which = id == m_ids[0] ? 0 : id == m_ids[1] ? 1 : -1;
         const auto info = dns::inspectResponse(datagram);
@@ -131,11 +166,15 @@ void BootstrapResolver::readAnswers()
 
 void BootstrapResolver::dropSocket()
 {
-    // It may be the socket whose signal is being handled.
-    if (m_socket) {
-        m_socket->disconnect(this);
-        m_socket.release()->deleteLater();
+    // It may be the notifier whose signal is being handled.
+    if (m_notifier) {
+        m_notifier->setEnabled(false);
+        m_notifier->disconnect(this);
+        m_notifier.release()->deleteLater();
     }
+    if (m_fd >= 0)
+        ::close(m_fd);
+    m_fd = -1;
 }
 
 void BootstrapResolver::finish(Result result)

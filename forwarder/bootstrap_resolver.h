@@ -2,9 +2,9 @@
 
 #include <QHostAddress>
 #include <QObject>
+#include <QSocketNotifier>
 #include <QString>
 #include <QTimer>
-#include <QUdpSocket>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -38,6 +38,7 @@ public:
     using Completion = std::function<void(Result)>;
 
     explicit BootstrapResolver(std::chrono::milliseconds perServerTimeout, QObject *parent = nullptr);
+    ~BootstrapResolver() override;
 
     // A new call cancels the one under way without calling its completion.
     void resolve(const QString &host, std::vector<HostPort> servers, Completion completion);
@@ -55,7 +56,8 @@ private:
     std::vector<HostPort> m_servers;
     size_t m_next = 0;
     Completion m_completion;
-    std::unique_ptr<QUdpSocket> m_socket;
+    int m_fd = -1;
+    std::unique_ptr<QSocketNotifier> m_notifier;
     QTimer m_timer;
     quint16 m_ids[2] {};
     int m_pending = 0;

@@ -1,14 +1,8 @@
 #!/usr/bin/env python3
-"""End-to-end test of Brivanta in a real X window. Run under xvfb-run (ctest does).
-
-1. First launch, fresh HOME: the onboarding shows; nine presses of its button reach the main screen.
-2. "Add Network Settings": the app prints "DNS settings was saved", brivanta-dns status shows the saved
-   DNS-over-HTTPS configuration switched off, and the status pill is red.
-3. brivanta-dns enable, then focus leaves the window and comes back (application inactive -> active):
-   the status pill turns green.
-4. "launchCount" in the preferences file is 1; a second launch shows the onboarding again (count still 1),
-   and reaching the main screen makes it 2.
-"""
+"""End-to-end test of Brivanta in a real X window, run under xvfb-run (ctest does): the onboarding, "Add
+Network Settings" (printed, saved in the DNS slot, pill red), and launchCount across a relaunch that shows
+the onboarding again. Switching blocking on changes the machine's DNS, so it is left to the namespace
+tests (tests/system)."""
 
 import argparse
 import os
@@ -61,39 +55,21 @@ def pill_colours(image, top, bottom):
     return reddish, greenish
 
 
-def shows_enabled(counts):
-    reddish, greenish = counts
-    return greenish > 5000 and greenish > 10 * reddish
-
-
 def shows_disabled(counts):
     reddish, greenish = counts
     return reddish > 5000 and reddish > 10 * greenish
 
 
-def difference(a, b):
-    """Fraction of pixels that differ between two same-size pictures."""
-    if (a.width, a.height) != (b.width, b.height):
-        return 1.0
-    differing = sum(1 for i in range(0, len(a.rgb), 3) if a.rgb[i:i + 3] != b.rgb[i:i + 3])
-    return differing / (a.width * a.height)
-
-
 def read_launch_count(config_home):
     """launchCount from the preferences file (QSettings, native format), None when absent."""
-    found = None
     for folder, _, files in os.walk(config_home):
-        for name in files:
-            if not name.endswith(".conf"):
-                continue
+        for name in (n for n in files if n.endswith(".conf")):
             with open(os.path.join(folder, name), encoding="utf-8") as settings:
                 for line in settings:
                     key, _, value = line.strip().partition("=")
                     if key == "launchCount":
-                        if found is not None:
-                            raise AssertionError("launchCount is in more than one preferences file")
-                        found = int(value)
-    return found
+                        return int(value)
+    return None
 
 
 class App:
@@ -124,11 +100,8 @@ class App:
             except queue.Empty:
                 pass
 
-    def capture(self, label=None):
-        image = xwindow.capture(self.window)
-        if label:
-            image.save_ppm(os.path.join(self.artifacts, f"{self.name}-{label}.ppm"))
-        return image
+    def capture(self):
+        return xwindow.capture(self.window)
 
     def settled(self, timeout=10, label=None):
         """The window's picture once two captures in a row agree (animations finished)."""
@@ -147,11 +120,8 @@ class App:
     def click(self, x, y):
         xwindow.xdotool("mousemove", "--window", self.window, x, y, "click", "1")
 
-    def alive(self):
-        return self.process.poll() is None
-
     def quit(self):
-        if self.alive():
+        if self.process.poll() is None:
             self.process.terminate()
             try:
                 self.process.wait(10)
@@ -186,9 +156,9 @@ def main():
         "BROWSER": "true",
     })
 
-    def dns(*command):
+    def dns(*command, expected_exit=0):
         result = subprocess.run([args.dns, *command], env=env, capture_output=True, text=True, timeout=20)
-        if result.returncode != 0:
+        if result.returncode != expected_exit:
             raise AssertionError(f"brivanta-dns {' '.join(command)} exited {result.returncode}: {result.stderr}")
         return result.stdout
 
@@ -199,7 +169,6 @@ def main():
         """Nine presses of the onboarding button: each but the last moves the page dot one step right."""
         wait_until(lambda: page_dot(app.capture()) is not None, 20, f"{app.name}: the onboarding's page dots")
         picture = app.settled(label="onboarding-1")
-        first = picture
         dots = [page_dot(picture)]
         for press in range(1, ONBOARDING_PAGES + 1):
             app.click(app.width // 2, app.height - ONBOARDING_BUTTON_FROM_BOTTOM)
@@ -212,12 +181,11 @@ def main():
             step_size = dots[1] - dots[0]
             assert step_size > 0 and abs(dots[-1] - (dots[0] + press * step_size)) <= 1, \
                 f"press {press} did not move to the next page: page dots at {dots}"
-        return first, picture
+        return picture
 
-    def main_screen(app, picture, label):
+    def main_screen(picture, label):
         rules = dividers(picture)
         assert len(rules) >= 4, f"{label}: the main screen's rules are not there (found {rules})"
-        app.capture(label)
         return rules
 
     config_home = env["XDG_CONFIG_HOME"]
@@ -226,8 +194,8 @@ def main():
         step("first launch")
         first_app = App(args.app, env, args.artifacts, "launch1")
         app = first_app
-        onboarding_first_page, picture = click_through_onboarding(app)
-        rules = main_screen(app, picture, "main")
+        picture = click_through_onboarding(app)
+        rules = main_screen(picture, "main")
 
         counts = pill_colours(picture, rules[0], rules[1])
         assert shows_disabled(counts), f"status before saving: (red, green) pixels {counts}"
@@ -236,59 +204,25 @@ def main():
         step("press Add Network Settings")
         app.click(app.width // 2, (rules[2] + rules[3]) // 2)
         app.wait_line(SAVED_LINE, 15)
-        status = dns("status")
-        assert f"Saved DNS settings: DNS-over-HTTPS, server URL {RESOLVER_URL}" in status, status
-        assert "Switched on: no" in status, status
+        # Exit status 1: blocking is not on.
+        status = dns("status", expected_exit=1)
+        assert f"Saved DNS settings: DNS-over-HTTPS, server URL {RESOLVER_URL}\n" in status, status
+        assert "Blocking: off." in status, status
         picture = app.settled(label="saved")
         counts = pill_colours(picture, *dividers(picture)[:2])
         assert shows_disabled(counts), f"status after saving: (red, green) pixels {counts}"
-
-        step("brivanta-dns enable, focus away and back")
-        dns("enable")
-        assert "Switched on: yes" in dns("status")
-
-        def turned_green():
-            image = app.capture()
-            found = dividers(image)
-            if len(found) < 2:
-                return None
-            return image if shows_enabled(pill_colours(image, found[0], found[1])) else None
-        # The app must not notice the switch by itself: only becoming active again refreshes the status.
-        # (A bounded wait on purpose: it shows that nothing happens.)
-        time.sleep(1.5)
-        assert not turned_green(), "the status card turned green without the window becoming active again"
-
-        # Qt's xcb backend holds a focus-out back for 400 ms in case another of its windows takes the focus,
-        # so the focus must stay away longer than that for the application to become inactive. Retried
-        # with longer absences on a loaded machine.
-        for absence in (0.6, 1.2, 2.4):
-            xwindow.xdotool("windowfocus", xwindow.root_window())
-            time.sleep(absence)
-            xwindow.xdotool("windowfocus", app.window)
-            try:
-                wait_until(turned_green, 3, "the status card to turn green (\"Enabled\")", interval=0.2)
-                break
-            except xwindow.TimeoutError_:
-                if absence == 2.4:
-                    app.capture("not-enabled")
-                    raise
-        app.settled(label="enabled")
-        assert read_launch_count(config_home) == 1, "refocusing the window counted a launch"
         app.quit()
 
         step("second launch")
         second_app = App(args.app, env, args.artifacts, "launch2")
         app = second_app
         wait_until(lambda: page_dot(app.capture()) is not None, 20, "the onboarding on the second launch")
-        again = app.settled(label="onboarding-again")
-        changed = difference(again, onboarding_first_page)
-        assert changed < 0.01, f"the second launch's first picture differs from the first's in {changed:.1%}"
         assert read_launch_count(config_home) == 1, "the onboarding alone counted a launch"
-        _, picture = click_through_onboarding(app)
-        rules = main_screen(app, picture, "main-again")
+        picture = click_through_onboarding(app)
+        rules = main_screen(picture, "main-again")
         wait_until(lambda: read_launch_count(config_home) == 2, 10, "launchCount 2 after the second main screen")
         counts = pill_colours(picture, rules[0], rules[1])
-        assert shows_enabled(counts), f"status on relaunch: (red, green) pixels {counts}"
+        assert shows_disabled(counts), f"status on relaunch: (red, green) pixels {counts}"
         app.quit()
         step("passed")
     finally:

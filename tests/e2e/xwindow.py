@@ -1,5 +1,5 @@
 """Small helpers over an X display for the end-to-end test: xdotool for input and window lookup, xwd for
-screenshots (decoded here: ZPixmap, 24/32 bits per pixel, any byte order)."""
+screenshots (decoded here: Xvfb's 32-bit TrueColor ZPixmap)."""
 
 import struct
 import subprocess
@@ -42,14 +42,6 @@ def window_geometry(window):
     return int(fields["X"]), int(fields["Y"]), int(fields["WIDTH"]), int(fields["HEIGHT"])
 
 
-def root_window():
-    out = subprocess.run(["xwininfo", "-root"], capture_output=True, text=True, check=True).stdout
-    for line in out.splitlines():
-        if "Window id:" in line:
-            return line.split("Window id:")[1].split()[0]
-    raise AssertionError("no root window id from xwininfo")
-
-
 class Image:
     def __init__(self, width, height, rgb):
         self.width, self.height, self.rgb = width, height, rgb
@@ -75,14 +67,6 @@ class Image:
             out.write(self.rgb)
 
 
-def _shift(mask):
-    shift = 0
-    while mask and not mask & 1:
-        mask >>= 1
-        shift += 1
-    return shift, mask
-
-
 def capture(window):
     """Screenshot of one window as an Image (RGB)."""
     data = subprocess.run(["xwd", "-silent", "-id", str(window)], capture_output=True, check=True, timeout=20).stdout
@@ -90,24 +74,13 @@ def capture(window):
     (header_size, _version, pixmap_format, _depth, width, height, _xoffset, byte_order, _unit, _bit_order,
      _pad, bits_per_pixel, bytes_per_line, _visual, red_mask, green_mask, blue_mask, _bits_rgb,
      _cmap_entries, ncolors) = header[:20]
-    if pixmap_format != 2 or bits_per_pixel not in (24, 32):
-        raise AssertionError(f"unsupported xwd image: format {pixmap_format}, {bits_per_pixel} bpp")
+    # Xvfb's TrueColor layout: 32 bits per pixel, B G R x in memory.
+    layout = (pixmap_format, bits_per_pixel, byte_order, red_mask, green_mask, blue_mask)
+    if layout != (2, 32, 0, 0xFF0000, 0xFF00, 0xFF):
+        raise AssertionError(f"unsupported xwd image layout {layout}")
     offset = header_size + ncolors * 12
-    step = bits_per_pixel // 8
-    order = "little" if byte_order == 0 else "big"
+    packed = b"".join(data[offset + y * bytes_per_line: offset + y * bytes_per_line + width * 4]
+                      for y in range(height))
     rgb = bytearray(width * height * 3)
-    if (bits_per_pixel, byte_order, red_mask, green_mask, blue_mask) == (32, 0, 0xFF0000, 0xFF00, 0xFF):
-        # The usual TrueColor layout, B G R x in memory: deinterleave by slicing.
-        packed = b"".join(data[offset + y * bytes_per_line: offset + y * bytes_per_line + width * 4]
-                          for y in range(height))
-        rgb[0::3], rgb[1::3], rgb[2::3] = packed[2::4], packed[1::4], packed[0::4]
-        return Image(width, height, bytes(rgb))
-    shifts = [_shift(m) for m in (red_mask, green_mask, blue_mask)]
-    for y in range(height):
-        line = data[offset + y * bytes_per_line: offset + y * bytes_per_line + width * step]
-        for x in range(width):
-            value = int.from_bytes(line[x * step:(x + 1) * step], order)
-            i = (y * width + x) * 3
-            for c, (shift, mask) in enumerate(shifts):
-                rgb[i + c] = ((value >> shift) & mask) * 255 // mask
+    rgb[0::3], rgb[1::3], rgb[2::3] = packed[2::4], packed[1::4], packed[0::4]
     return Image(width, height, bytes(rgb))

@@ -13,9 +13,9 @@ namespace {
 // On Linux the app switches the machine's DNS itself (the status card's button, or brivanta-dns).
 const std::array<const char *, 4> steps {
     "Press 'Add Network Settings' above.",
-    "Press 'Switch On' on the status card.",
-    "Confirm with your password: every lookup of this computer then goes through Brivanta.",
-    "The status reads 'Enabled' once a test lookup has really gone through the filtering resolver.",
+    "Press 'Switch On' on the status card and confirm with your password.",
+    "The status turns 'Enabled' once every lookup of this computer goes through Brivanta.",
+    "If it stays 'Disabled', the line under it says why; 'brivanta-dns status' in a terminal tells more.",
 };
 #else
 const std::array<const char *, 4> steps {

@@ -20,16 +20,13 @@ PlatformError invalid(const QString &why)
             .arg(why) };
 }
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("LinuxDNSSettingsManager", text);
-}
-
 std::optional<PlatformError> judgeServers(const QStringList &servers)
 {
     for (const QString &server : servers) {
         if (QHostAddress(server).isNull())
-            return invalid(tr("“%1” is not an IP address.").arg(server));
+            return invalid(
+                QCoreApplication::translate("LinuxDNSSettingsManager", "“%1” is not an IP address.")
+                    .arg(server));
     }
     return std::nullopt;
 }
@@ -53,30 +50,34 @@ std::optional<PlatformError> LinuxDNSSettingsManager::judge(
     const std::optional<NEDNSSettings> &settings, const std::vector<NEOnDemandRule> &rules)
 {
     if (!settings)
-        return invalid(tr("it has no DNS settings."));
+        return invalid(QCoreApplication::translate("LinuxDNSSettingsManager", "it has no DNS settings."));
     if (const auto *https = std::get_if<NEDNSOverHTTPSSettings>(&*settings)) {
         const bool goodUrl = https->serverURL && https->serverURL->isValid()
             && https->serverURL->scheme() == QLatin1String("https") && !https->serverURL->host().isEmpty();
         if (!goodUrl)
-            return invalid(tr("DNS-over-HTTPS needs an https server URL with a host name."));
+            return invalid(QCoreApplication::translate(
+                "LinuxDNSSettingsManager", "DNS-over-HTTPS needs an https server URL with a host name."));
         if (auto error = judgeServers(https->servers))
             return error;
     } else {
         const auto &tls = std::get<NEDNSOverTLSSettings>(*settings);
         if (tls.servers.isEmpty() && tls.serverName.value_or(QString()).isEmpty())
-            return invalid(tr("DNS-over-TLS needs a server name or at least one server address."));
+            return invalid(QCoreApplication::translate("LinuxDNSSettingsManager",
+                "DNS-over-TLS needs a server name or at least one server address."));
         if (auto error = judgeServers(tls.servers))
             return error;
     }
     for (const NEOnDemandRule &rule : rules) {
         if (rule.interfaceTypeMatch < 0 || rule.interfaceTypeMatch > 3)
-            return invalid(
-                tr("an on-demand rule has the unknown interface type %1.").arg(rule.interfaceTypeMatch));
+            return invalid(QCoreApplication::translate(
+                "LinuxDNSSettingsManager", "an on-demand rule has the unknown interface type %1.")
+                               .arg(rule.interfaceTypeMatch));
         if (rule.probeURL) {
             const QString scheme = rule.probeURL->scheme();
             if (!rule.probeURL->isValid()
                 || (scheme != QLatin1String("http") && scheme != QLatin1String("https")))
-                return invalid(tr("an on-demand rule's probe URL must be an http or https URL."));
+                return invalid(QCoreApplication::translate("LinuxDNSSettingsManager",
+                    "an on-demand rule's probe URL must be an http or https URL."));
         }
     }
     return std::nullopt;
@@ -171,7 +172,8 @@ std::optional<QString> LinuxDNSSettingsManager::runHelper(const QStringList &arg
     // The password prompt may take the user a while.
     if (!process.waitForStarted() || !process.waitForFinished(10 * 60 * 1000)) {
         process.kill();
-        return tr("Could not run %1.").arg(command.first());
+        return QCoreApplication::translate("LinuxDNSSettingsManager", "Could not run %1.")
+            .arg(command.first());
     }
     if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
         return std::nullopt;
@@ -179,14 +181,18 @@ std::optional<QString> LinuxDNSSettingsManager::runHelper(const QStringList &arg
     // the helper did not run and nothing changed.
     if (QFileInfo(command.first()).fileName() == QLatin1String("pkexec")
         && (process.exitCode() == 126 || process.exitCode() == 127)) {
-        return arguments.first() == QLatin1String("enable") ? tr("Switching on was cancelled.")
-                                                            : tr("Cancelled: nothing was changed.");
+        return arguments.first() == QLatin1String("enable")
+            ? QCoreApplication::translate("LinuxDNSSettingsManager", "Switching on was cancelled.")
+            : QCoreApplication::translate("LinuxDNSSettingsManager", "Cancelled: nothing was changed.");
     }
     const QStringList lines
         = QString::fromLocal8Bit(process.readAllStandardError()).trimmed().split(QLatin1Char('\n'));
     QString last = lines.last();
     last.remove(QStringLiteral("brivanta-dns-apply: "));
-    return last.isEmpty() ? tr("The helper failed (exit status %1).").arg(process.exitCode()) : last;
+    return last.isEmpty()
+        ? QCoreApplication::translate("LinuxDNSSettingsManager", "The helper failed (exit status %1).")
+              .arg(process.exitCode())
+        : last;
 }
 
 void LinuxDNSSettingsManager::switchOn(SwitchCompletion completion)
@@ -197,7 +203,8 @@ void LinuxDNSSettingsManager::switchOn(SwitchCompletion completion)
         if (auto readError = m_store.read(stored))
             error = readError->localizedDescription;
         else if (savedEndpoint(stored).isEmpty())
-            error = tr("Press “Add Network Settings” first.");
+            error = QCoreApplication::translate(
+                "LinuxDNSSettingsManager", "Press “Add Network Settings” first.");
         else
             error = runHelper({ QStringLiteral("enable"), savedEndpoint(stored) });
         if (completion)
@@ -224,7 +231,8 @@ std::optional<PlatformError> LinuxDNSSettingsManager::save(const DnsSlot &wanted
     if (auto error = m_store.update([&](DnsSlot &slot) {
             if (DnsSlotStore::configurationJson(slot) == wantedJson) {
                 answer = PlatformError { QString::fromLatin1(neConfigurationErrorDomain),
-                    neConfigurationError::unchanged, tr("configuration is unchanged") };
+                    neConfigurationError::unchanged,
+                    QCoreApplication::translate("LinuxDNSSettingsManager", "configuration is unchanged") };
                 return DnsSlotStore::Change::Keep;
             }
             slot.dnsSettings = wanted.dnsSettings;

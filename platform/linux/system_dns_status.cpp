@@ -29,11 +29,6 @@ namespace {
 
 constexpr const char *forwarderAddress = "127.0.0.153";
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("SystemDnsStatus", text);
-}
-
 QJsonObject readJson(const QString &path)
 {
     QFile file(path);
@@ -116,27 +111,31 @@ SystemDnsVerdict decideStatus(const SystemDnsObservation &seen, const QString &s
     const auto no = [](const QString &reason) { return SystemDnsVerdict { false, reason }; };
     if (seen.phase == QLatin1String("paused") && seen.pausedUntilMs > nowMs) {
         const QTime until = QDateTime::fromMSecsSinceEpoch(seen.pausedUntilMs).time();
-        return no(tr("Paused until %1.").arg(QLocale().toString(until, QLocale::ShortFormat)));
+        return no(QCoreApplication::translate("SystemDnsStatus", "Paused until %1.")
+                      .arg(QLocale().toString(until, QLocale::ShortFormat)));
     }
     if (seen.phase != QLatin1String("applied"))
-        return no(tr("Not switched on."));
+        return no(QCoreApplication::translate("SystemDnsStatus", "Not switched on."));
     if (savedEndpoint.isEmpty() || seen.appliedEndpoint != savedEndpoint)
-        return no(tr("Switched on for another DNS address."));
+        return no(QCoreApplication::translate("SystemDnsStatus", "Switched on for another DNS address."));
     if (!seen.routingKnown)
         return no(seen.routingProblem);
     if (!seen.otherServers.isEmpty())
-        return no(tr("Names can still reach %1 directly.").arg(seen.otherServers.join(QLatin1String(", "))));
+        return no(QCoreApplication::translate("SystemDnsStatus", "Names can still reach %1 directly.")
+                      .arg(seen.otherServers.join(QLatin1String(", "))));
     if (!seen.forwarderRunning)
-        return no(tr("The forwarder is not running."));
+        return no(QCoreApplication::translate("SystemDnsStatus", "The forwarder is not running."));
     if (seen.forwarderEndpoint != savedEndpoint)
-        return no(tr("Switched on for another DNS address."));
+        return no(QCoreApplication::translate("SystemDnsStatus", "Switched on for another DNS address."));
     if (seen.canary == Canary::Answered)
         return { true, QString() };
     // No answer at all is most often the forwarder failing closed; say why when it knows.
     if (seen.canary != Canary::WrongAddress && seen.lastFailureMs > seen.lastSuccessMs
         && !seen.lastError.isEmpty())
-        return no(tr("The filtering resolver cannot be reached: %1.").arg(seen.lastError));
-    return no(tr("Lookups do not go through Brivanta."));
+        return no(
+            QCoreApplication::translate("SystemDnsStatus", "The filtering resolver cannot be reached: %1.")
+                .arg(seen.lastError));
+    return no(QCoreApplication::translate("SystemDnsStatus", "Lookups do not go through Brivanta."));
 }
 
 SystemDnsPaths SystemDnsPaths::fromEnvironment()
@@ -214,7 +213,8 @@ void SystemDnsProbe::readRouting(SystemDnsObservation &seen) const
     seen.routingKnown = true;
     if (resolved && !readResolvedRouting(seen)) {
         seen.routingKnown = false;
-        seen.routingProblem = tr("Cannot read systemd-resolved's settings.");
+        seen.routingProblem
+            = QCoreApplication::translate("SystemDnsStatus", "Cannot read systemd-resolved's settings.");
     }
 }
 
@@ -286,7 +286,7 @@ bool SystemDnsProbe::readResolvedRouting(SystemDnsObservation &seen) const
     }
     serverList.endArray();
     if ((!globalRoutesAll || !globalHasForwarder) && seen.otherServers.isEmpty())
-        seen.otherServers << tr("the network's own DNS server");
+        seen.otherServers << QCoreApplication::translate("SystemDnsStatus", "the network's own DNS server");
     return true;
 }
 

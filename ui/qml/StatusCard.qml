@@ -4,7 +4,7 @@ import QtQuick.Layouts
 import Qt5Compat.GraphicalEffects
 
 // Whether ad blocking is on: a shield and a green "Enabled" or red "Disabled" pill. Where the app can
-// switch blocking on itself (a desktop), a disabled card also says why, and offers the switch.
+// tell why blocking is off (a desktop), a disabled card says so, and offers the switch when it has one.
 Item {
     id: root
 
@@ -13,6 +13,7 @@ Item {
     property bool isSwitchingOn: false
     property string reason
     readonly property color stateColor: isBlockingEnabled ? Theme.green : Theme.red
+    readonly property bool showsReason: !isBlockingEnabled && reason.length > 0
     readonly property bool showsSwitch: canSwitchOn && !isBlockingEnabled
 
     signal switchOnRequested
@@ -112,7 +113,7 @@ Item {
 
         Text {
             objectName: "statusReason"
-            visible: root.showsSwitch && root.reason.length > 0
+            visible: root.showsReason
             text: root.reason
             color: Theme.opacity(Theme.white, 0.8)
             font.pixelSize: Theme.body

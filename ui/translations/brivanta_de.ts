@@ -20,6 +20,61 @@
     </message>
 </context>
 <context>
+    <name>LinuxDNSSettingsManager</name>
+    <message>
+        <source>Switching on was cancelled.</source>
+        <translation>Das Einschalten wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Could not run %1.</source>
+        <translation>%1 konnte nicht gestartet werden.</translation>
+    </message>
+    <message>
+        <source>Press “Add Network Settings” first.</source>
+        <translation>Tippe zuerst auf „Netzwerkeinstellungen hinzufügen“.</translation>
+    </message>
+    <message>
+        <source>The DNS configuration is invalid: %1</source>
+        <translation>Die DNS-Konfiguration ist ungültig: %1</translation>
+    </message>
+    <message>
+        <source>“%1” is not an IP address.</source>
+        <translation>„%1“ ist keine IP-Adresse.</translation>
+    </message>
+    <message>
+        <source>it has no DNS settings.</source>
+        <translation>Sie enthält keine DNS-Einstellungen.</translation>
+    </message>
+    <message>
+        <source>DNS-over-HTTPS needs an https server URL with a host name.</source>
+        <translation>DNS-over-HTTPS braucht eine https-Server-URL mit Hostnamen.</translation>
+    </message>
+    <message>
+        <source>DNS-over-TLS needs a server name or at least one server address.</source>
+        <translation>DNS-over-TLS braucht einen Servernamen oder mindestens eine Serveradresse.</translation>
+    </message>
+    <message>
+        <source>an on-demand rule has the unknown interface type %1.</source>
+        <translation>Eine Bei-Bedarf-Regel hat den unbekannten Schnittstellentyp %1.</translation>
+    </message>
+    <message>
+        <source>an on-demand rule&apos;s probe URL must be an http or https URL.</source>
+        <translation>Die Prüf-URL einer Bei-Bedarf-Regel muss eine http- oder https-URL sein.</translation>
+    </message>
+    <message>
+        <source>Cancelled: nothing was changed.</source>
+        <translation>Abgebrochen: Es wurde nichts geändert.</translation>
+    </message>
+    <message>
+        <source>The helper failed (exit status %1).</source>
+        <translation>Das Hilfsprogramm ist fehlgeschlagen (Exit-Status %1).</translation>
+    </message>
+    <message>
+        <source>configuration is unchanged</source>
+        <translation>Konfiguration ist unverändert</translation>
+    </message>
+</context>
+<context>
     <name>MainView</name>
     <message>
         <source>Add Network Settings</source>
@@ -92,25 +147,6 @@
     <message>
         <source>Not Now</source>
         <translation>Nicht jetzt</translation>
-    </message>
-</context>
-<context>
-    <name>LinuxDNSSettingsManager</name>
-    <message>
-        <source>Switching on was cancelled.</source>
-        <translation>Das Einschalten wurde abgebrochen.</translation>
-    </message>
-    <message>
-        <source>Switching on failed.</source>
-        <translation>Das Einschalten ist fehlgeschlagen.</translation>
-    </message>
-    <message>
-        <source>Could not run %1.</source>
-        <translation>%1 konnte nicht gestartet werden.</translation>
-    </message>
-    <message>
-        <source>Press “Add Network Settings” first.</source>
-        <translation>Tippe zuerst auf „Netzwerkeinstellungen hinzufügen“.</translation>
     </message>
 </context>
 <context>

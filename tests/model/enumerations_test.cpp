@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 #include <limits>
-#include <vector>
 
 namespace brivanta {
 namespace {
@@ -24,21 +23,6 @@ TEST(Enumerations, DescriptionsAreTheDisplayStringsOfTheRawValues)
             << rawValue;
 
     EXPECT_EQ(Configuration::dnsOverTLS(DoTConfiguration()).description(), QStringLiteral("DNS-over-TLS"));
-}
-
-template <typename Enumeration, size_t N>
-std::vector<qint64> rawValues(const std::array<Enumeration, N> &cases)
-{
-    std::vector<qint64> values;
-    for (const Enumeration &value : cases)
-        values.push_back(value.rawValue);
-    return values;
-}
-
-TEST(Enumerations, CaseListsAreFixedAndLeaveEthernetOut)
-{
-    EXPECT_EQ(rawValues(NEOnDemandRuleAction::allCases), (std::vector<qint64> { 1, 2, 3, 4 }));
-    EXPECT_EQ(rawValues(NEOnDemandRuleInterfaceType::allCases), (std::vector<qint64> { 0, 2, 3 }));
 }
 
 } // namespace

@@ -1,8 +1,6 @@
 #include "platform/linux/machine_info.h"
-#include "platform/qt/application_bundle_info.h"
 #include "platform/qt/qt_locale_info.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QSysInfo>
 #include <QTemporaryDir>
@@ -76,25 +74,6 @@ TEST_F(MachineInfoTest, TheSystemIsTheDistributionsNameAndVersionOrLinuxAndItsKe
         EXPECT_EQ(release.name, c.name) << (c.content ? c.content : "no file");
         EXPECT_EQ(release.version, c.version) << (c.content ? c.content : "no file");
     }
-}
-
-TEST(ApplicationBundleInfo, NameAndVersionComeFromTheApplication)
-{
-    const QString name = QCoreApplication::applicationName();
-    const QString version = QCoreApplication::applicationVersion();
-    QCoreApplication::setApplicationName(QStringLiteral("Brivanta"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("1.0.0"));
-
-    const ApplicationBundleInfo bundle;
-    EXPECT_EQ(bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleName")),
-        QVariant(QStringLiteral("Brivanta")));
-    EXPECT_EQ(bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleShortVersionString")),
-        QVariant(QStringLiteral("1.0.0")));
-    QCoreApplication::setApplicationVersion(QString());
-    EXPECT_FALSE(bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleShortVersionString")).isValid());
-
-    QCoreApplication::setApplicationName(name);
-    QCoreApplication::setApplicationVersion(version);
 }
 
 } // namespace

@@ -93,7 +93,7 @@ TEST_F(SupportRequestTest, MissingBundleValuesFallBack)
     EXPECT_TRUE(text.contains("\n- App Name: Unknown App\n- Version: Unknown Version\n\n"));
 }
 
-TEST(SupportRequestDetails, LocaleFallBacksAndTheDeviceReachTheBody)
+TEST(SupportRequestDetails, LocaleFallBacksReachTheBody)
 {
     const struct
     {
@@ -110,13 +110,6 @@ TEST(SupportRequestDetails, LocaleFallBacksAndTheDeviceReachTheBody)
         // A three-character region keeps its name but has no flag.
         { "region 419", [](auto &t) { t.locale.region = QStringLiteral("419"); },
             "\n- Country: Latin America \xF0\x9F\x8F\xB3\xEF\xB8\x8F\n\n" },
-        { "desktop device",
-            [](auto &t) {
-                t.device.modelName = QStringLiteral("ThinkPad X1 Carbon");
-                t.device.osName = QStringLiteral("Debian GNU/Linux");
-                t.device.osVersion = QStringLiteral("12");
-            },
-            "\n- Model: ThinkPad X1 Carbon\n- OS Version: Debian GNU/Linux 12\n\n" },
     };
     for (const auto &c : cases) {
         GermanUser user;

@@ -104,47 +104,6 @@ TEST(SymbolImages, TheUrlCarriesTheColourWithItsAlphaAndOnlyKnownNames)
     EXPECT_TRUE(Symbols::image(QStringLiteral("no.such.symbol"), Qt::white).isEmpty());
 }
 
-TEST(SymbolImages, TheDrawingIsTintedInTheOneColourAndCentredInTheRequestedSize)
-{
-    SymbolImageProvider provider;
-    QSize size;
-    const QImage square = provider.requestImage(QStringLiteral("ff00c000/star.fill"), &size, QSize(48, 48));
-    ASSERT_EQ(square.size(), QSize(48, 48));
-    EXPECT_EQ(size, QSize(48, 48));
-    int opaque = 0;
-    int clear = 0;
-    for (int y = 0; y < square.height(); ++y) {
-        for (int x = 0; x < square.width(); ++x) {
-            const QColor pixel = square.pixelColor(x, y);
-            if (pixel.alpha() == 0) {
-                ++clear;
-                continue;
-            }
-            if (pixel.alpha() == 255)
-                ++opaque;
-            if (pixel.alpha() < 128)
-                continue; // too faint for its colour to be read back exactly
-            // Antialiased edges only thin the colour, never change it.
-            ASSERT_NEAR(pixel.red(), 0, 1) << x << "," << y;
-            ASSERT_NEAR(pixel.green(), 0xc0, 2) << x << "," << y;
-            ASSERT_NEAR(pixel.blue(), 0, 1) << x << "," << y;
-        }
-    }
-    EXPECT_GT(opaque, 48 * 48 / 4) << "the star is drawn";
-    EXPECT_GT(clear, 48 * 4) << "around it stays transparent";
-
-    // A wide box keeps the square drawing's proportions: the sides stay empty.
-    const QImage wide = provider.requestImage(QStringLiteral("ffffffff/star.fill"), &size, QSize(96, 48));
-    ASSERT_EQ(wide.size(), QSize(96, 48));
-    EXPECT_EQ(wide.pixelColor(10, 24).alpha(), 0);
-    EXPECT_EQ(wide.pixelColor(48, 24).alpha(), 255);
-
-    // One side given: the other follows the drawing's proportions.
-    EXPECT_EQ(provider.requestImage(QStringLiteral("ffffffff/star.fill"), &size, QSize(64, 0)).size(),
-        QSize(64, 64));
-    EXPECT_FALSE(provider.requestImage(QStringLiteral("ffffffff/star.fill"), &size, QSize()).isNull());
-}
-
 TEST(SymbolImages, AnIdThatDoesNotParseGivesNoImage)
 {
     SymbolImageProvider provider;

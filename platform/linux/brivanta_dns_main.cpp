@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QStringList>
 #include <cstdio>
@@ -95,6 +96,16 @@ QString ago(qint64 ms)
     return QStringLiteral("at %1").arg(QDateTime::fromMSecsSinceEpoch(ms).toString(Qt::ISODate));
 }
 
+// Which resolver the helper would change, found as it finds it.
+QString resolverStack()
+{
+    if (QFileInfo::exists(QStringLiteral("/run/systemd/resolve/io.systemd.Resolve")))
+        return QStringLiteral("systemd-resolved");
+    if (QFileInfo::exists(QStringLiteral("/run/NetworkManager")))
+        return QStringLiteral("NetworkManager");
+    return QStringLiteral("/etc/resolv.conf");
+}
+
 int status(const DnsSlotStore &store)
 {
     DnsSlot slot;
@@ -111,7 +122,7 @@ int status(const DnsSlotStore &store)
         out(QStringLiteral("Applied: paused until %1")
                 .arg(QDateTime::fromMSecsSinceEpoch(seen.pausedUntilMs).toString(Qt::ISODate)));
     else
-        out(QStringLiteral("Applied: no"));
+        out(QStringLiteral("Applied: no (this computer's resolver: %1)").arg(resolverStack()));
     if (!seen.routingKnown)
         out(QStringLiteral("Routing: unknown (%1)").arg(seen.routingProblem));
     else if (seen.otherServers.isEmpty())

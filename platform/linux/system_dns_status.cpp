@@ -42,7 +42,7 @@ QVariant resolvedProperty(const char *name)
         QStringLiteral("/org/freedesktop/resolve1"), QStringLiteral("org.freedesktop.DBus.Properties"),
         QStringLiteral("Get"));
     call << QStringLiteral("org.freedesktop.resolve1.Manager") << QString::fromLatin1(name);
-    const QDBusMessage reply = QDBusConnection::systemBus().call(call, QDBus::Block, 3000);
+    const QDBusMessage reply = QDBusConnection::systemBus().call(call, QDBus::Block, 1500);
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
         return {};
     return reply.arguments().constFirst().value<QDBusVariant>().variant();
@@ -141,11 +141,13 @@ SystemDnsVerdict decideStatus(const SystemDnsObservation &seen, const QString &s
 SystemDnsPaths SystemDnsPaths::fromEnvironment()
 {
     SystemDnsPaths paths;
+#ifdef BRIVANTA_TEST_HOOKS
     const QString root = qEnvironmentVariable("BRIVANTA_SYSTEM_ROOT");
     if (!root.isEmpty()) {
         for (QString *path : { &paths.stateFile, &paths.healthFile, &paths.resolvConf })
             *path = root + *path;
     }
+#endif
     return paths;
 }
 
@@ -367,8 +369,10 @@ QString SystemDnsProbe::askForwarderIPv4(const QString &listen, const QString &n
         query += char(label.size()) + label.toLatin1();
     query += QByteArray("\0\0\x01\0\x01", 5); // root, type A, class IN
 
+    // Connected, so that a closed port is an error at once rather than a wait.
     QUdpSocket socket;
-    if (socket.writeDatagram(query, address, port) != query.size())
+    socket.connectToHost(address, port);
+    if (!socket.waitForConnected(1000) || socket.write(query) != query.size())
         return {};
     QDeadlineTimer deadline(m_canaryTimeout);
     while (socket.waitForReadyRead(int(deadline.remainingTime()))) {

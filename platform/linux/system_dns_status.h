@@ -51,7 +51,7 @@ struct SystemDnsPaths
     QString healthFile = QStringLiteral("/run/brivanta/health.json");
     QString resolvConf = QStringLiteral("/etc/resolv.conf");
 
-    // Under $BRIVANTA_SYSTEM_ROOT when it is set (tests), else the real paths.
+    // The real paths; builds with tests take them under $BRIVANTA_SYSTEM_ROOT when it is set.
     static SystemDnsPaths fromEnvironment();
 };
 

@@ -61,7 +61,7 @@ TEST_F(BrivantaDnsCommandTest, StatusSaysWhyBlockingIsOffAndExits1)
     const CommandRun result = run({ QStringLiteral("status") });
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.out.startsWith(QStringLiteral(
-        "Saved DNS settings: DNS-over-HTTPS, server URL https://dns.example.test/c7e091\nApplied: no\n")))
+        "Saved DNS settings: DNS-over-HTTPS, server URL https://dns.example.test/c7e091\nApplied: no (")))
         << result.out.toStdString();
     EXPECT_TRUE(result.out.endsWith(QStringLiteral("Blocking: off. Not switched on.\n")))
         << result.out.toStdString();

@@ -21,6 +21,7 @@
 #include <cerrno>
 #include <csignal>
 #include <netdb.h>
+#include <net/if.h>
 #include <netinet/in.h>
 
 namespace brivanta {
@@ -279,8 +280,11 @@ bool SystemDnsProbe::readResolvedRouting(SystemDnsObservation &seen) const
         if (port != 0 && port != 53)
             text += QLatin1Char(':') + QString::number(port);
         const bool forwarder = text == QLatin1String(forwarderAddress) && serverName.isEmpty();
-        if (ifindex == 0 && forwarder)
+        // resolved reports a global server on a loopback address under the loopback link's index.
+        if (forwarder && (ifindex == 0 || ifindex == int(if_nametoindex("lo")))) {
+            ifindex = 0;
             globalHasForwarder = true;
+        }
         const bool leaks
             = ifindex == 0 ? !forwarder : (!globalRoutesAll || linksRoutingAll.contains(ifindex));
         if (leaks && !seen.otherServers.contains(text))

@@ -163,15 +163,12 @@ public:
 
     bool reloadResolvedDirectly(QString &error) override
     {
-        const QList<pid_t> resolved = processes("systemd-resolve");
-        if (resolved.isEmpty()) {
-            error = QStringLiteral("systemd-resolved is not running");
-            return false;
-        }
-        for (pid_t pid : resolved)
-            ::kill(pid, SIGHUP);
-        QThread::msleep(300);
-        return true;
+        // systemd-resolved 252 has no reload of its own (SIGHUP ends it), and without systemd nothing
+        // would start it again: better refuse than leave the machine without its resolver.
+        error = processes("systemd-resolve").isEmpty()
+            ? QStringLiteral("systemd-resolved is not running")
+            : QStringLiteral("systemd-resolved runs without systemd, which could restart it with the new settings");
+        return false;
     }
 
     bool scheduleResumeDetached(int seconds, QString &error) override

@@ -142,6 +142,8 @@ ready() { # PORT: until a query is answered (first DoH connection, dnsdist's hea
     return 1
 }
 rss() { awk '/^VmRSS/ {print $2}' "/proc/$1/status"; }
+# what is the process's own, not pages of shared libraries
+rss_anon() { awk '/^RssAnon/ {print $2}' "/proc/$1/status"; }
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { if (b + 0 == 0) print "n/a"; else printf "%.2f", a / b }'; }
 
 out bench.date "$(date -u +%Y-%m-%dT%H:%M:%SZ)"
@@ -169,6 +171,7 @@ wait_udp 127.0.0.1 $FWD_PORT || { log "brivanta-dohd did not start: $(cat "$WORK
 ready $FWD_PORT || { log "brivanta-dohd answers nothing: $(tail -5 "$WORK/dohd.log")"; exit 1; }
 sleep 2
 out forwarder_rss_kib "$(rss $FWD)"
+out forwarder_rss_anon_kib "$(rss_anon $FWD)"
 perf forwarder.uncached100 $FWD_PORT "$WORK/unique.txt" 100; f_unc=$QPS
 perf forwarder.uncached1 $FWD_PORT "$WORK/unique.txt" 1; f_one=$AVG_MS
 perf forwarder.cached100 $FWD_PORT "$WORK/cached.txt" 100 warm; f_cached=$QPS

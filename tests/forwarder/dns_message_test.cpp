@@ -174,17 +174,6 @@ TEST(DnsMessage, LocalRepliesEchoQuestionFlagsAndEdns)
     }
 }
 
-TEST(DnsMessage, IdIsReadAndRestored)
-{
-    QByteArray message = header(0x1234, 0x0100, 1, 0, 0, 0) + question("a.test");
-    EXPECT_EQ(messageId(message), 0x1234);
-    setId(message, 0xfedc);
-    EXPECT_EQ(message, header(0xfedc, 0x0100, 1, 0, 0, 0) + question("a.test"));
-    QByteArray tooShort("\x12\x34\x01", 3);
-    setId(tooShort, 0);
-    EXPECT_EQ(tooShort, QByteArray("\x12\x34\x01", 3));
-}
-
 TEST(DnsMessage, TruncationKeepsQuestionAndSetsTc)
 {
     QByteArray answers;
@@ -201,36 +190,6 @@ TEST(DnsMessage, TruncationKeepsQuestionAndSetsTc)
         EXPECT_EQ(truncateForUdp(response, query, 1232), response);
         EXPECT_EQ(truncateForUdp(response, query, quint16(response.size())), response);
     }
-}
-
-TEST(DnsMessage, TcpFramesSurviveAnySplit)
-{
-    const QByteArray messages[]
-        = { header(1, 0, 1, 0, 0, 0) + question("a.test"), QByteArray(), QByteArray(300, 'z') };
-    QByteArray stream;
-    for (const QByteArray &m : messages)
-        stream += frame(m);
-    EXPECT_EQ(frame(messages[2]).left(2), u16(300));
-
-    for (qsizetype first = 0; first <= stream.size(); first += 7) {
-        for (qsizetype second : { first, (first + stream.size()) / 2, stream.size() }) {
-            TcpFrameReader reader;
-            std::vector<QByteArray> read;
-            qsizetype at = 0;
-            for (qsizetype cut : { first, second, stream.size() }) {
-                reader.append(QByteArrayView(stream).sliced(at, cut - at));
-                at = cut;
-                while (auto m = reader.next())
-                    read.push_back(*m);
-            }
-            EXPECT_EQ(read, std::vector<QByteArray>(std::begin(messages), std::end(messages))) << first;
-            EXPECT_EQ(reader.buffered(), 0);
-        }
-    }
-    TcpFrameReader partial;
-    partial.append(u16(10) + "abc");
-    EXPECT_FALSE(partial.next());
-    EXPECT_EQ(partial.buffered(), 5);
 }
 
 TEST(DnsMessage, CompressionLoopsAndBadPointersAreRejected)

@@ -240,23 +240,6 @@ TEST_F(DohUpstreamTest, StalledConnectionIsReplacedAndTheQueryStillAnswered)
     EXPECT_EQ(upstream.connectionsOpened(), 3u);
 }
 
-TEST_F(DohUpstreamTest, ServerGoneFailsThenComesBack)
-{
-    DohUpstream upstream(
-        UpstreamSettings { QUrl(server.url()), { plainServer() }, {}, server.caFile(), 500ms });
-    ASSERT_TRUE(ask(upstream).answer);
-
-    server.stop();
-    const Outcome down = ask(upstream);
-    EXPECT_FALSE(down.answer);
-    EXPECT_FALSE(down.error.isEmpty());
-
-    ASSERT_TRUE(server.start(zone()));
-    const Outcome back = ask(upstream, 4);
-    ASSERT_TRUE(back.answer) << qPrintable(back.error);
-    EXPECT_EQ(addresses(*back.answer), std::vector<quint32> { 0xc0000204u });
-}
-
 TEST_F(DohUpstreamTest, PendingRepliesAreDroppedWithTheUpstream)
 {
     int calls = 0;

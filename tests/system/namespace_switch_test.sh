@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Switching the machine's DNS on and off for real, inside private network and mount namespaces: /etc and
+# Switching the machine's DNS on and off for real, inside private network, mount and PID namespaces: /etc and
 # /var/lib are overlays on tmpfs, /run is a tmpfs, processes are private, so nothing of the real machine
 # changes.
 #   namespace_switch_test.sh BUILD_DIR plain      no resolver daemon: /etc/resolv.conf is replaced
@@ -47,9 +47,10 @@ ip link set lo up
 ip link add brv0 type veth peer name brv1 && ip addr add 192.0.2.9/24 dev brv0 &&
     ip link set brv1 up && ip link set brv0 up
 
-rm -f /etc/resolv.conf
-printf '# the machine'\''s own resolver\nnameserver 127.0.0.1\n' >/etc/resolv.conf
-cp -a /etc/resolv.conf "$work/resolv.conf.original"
+# As resolvconf and others do: /etc/resolv.conf a symlink to a file under /run.
+mkdir -p /run/resolvconf
+printf '# the machine'\''s own resolver\nnameserver 127.0.0.1\n' >/run/resolvconf/resolv.conf
+rm -f /etc/resolv.conf && ln -s ../run/resolvconf/resolv.conf /etc/resolv.conf
 
 openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -subj /CN=doh.test \
     -addext "subjectAltName=DNS:doh.test" -keyout "$work/key.pem" -out "$work/cert.pem" 2>/dev/null
@@ -88,7 +89,8 @@ if [ "$stack" = resolved ]; then
     start_resolved "$work"
     [ "$(lookup h1.test)" = 198.51.100.1 ] || fail "systemd-resolved does not answer through the link's server"
 fi
-cp -a /etc/resolv.conf "$work/resolv.conf.before"
+cp /etc/resolv.conf "$work/resolv.conf.before"
+link_before=$(readlink /etc/resolv.conf)
 
 mkdir -p /etc/brivanta
 echo "ca-file = $work/cert.pem" >/etc/brivanta/dohd.local.conf
@@ -120,15 +122,47 @@ if [ "$stack" = resolved ]; then
     ok "status: a link that routes every name is a leak"
 fi
 
-# A crash after routing but before the state was written, then disable: all restored.
-rm -f /var/lib/brivanta/state.json
+expect_restored() { # WHAT
+    [ "$(readlink /etc/resolv.conf)" = "$link_before" ] || fail "$1: /etc/resolv.conf is not the link it was"
+    cmp -s /etc/resolv.conf "$work/resolv.conf.before" || fail "$1: resolv.conf differs"
+    [ ! -e /etc/systemd/resolved.conf.d/90-brivanta.conf ] || fail "$1: the resolved drop-in is still there"
+    [ ! -e /etc/brivanta/dohd.conf ] && [ ! -e /var/lib/brivanta/journal.json ] || fail "$1: dohd.conf or the journal is left"
+    [ -z "$(pgrep -x brivanta-dohd)" ] || fail "$1: brivanta-dohd still runs"
+    [ "$(lookup h1.test)" = 198.51.100.1 ] || fail "$1: the machine's own resolver does not answer"
+}
 apply disable || fail "disable failed"
-cmp -s /etc/resolv.conf "$work/resolv.conf.before" || fail "resolv.conf differs after disable"
-[ ! -e /etc/systemd/resolved.conf.d/90-brivanta.conf ] || fail "the resolved drop-in is still there"
-[ ! -e /etc/brivanta/dohd.conf ] || fail "the forwarder's configuration is still there"
-[ -z "$(pgrep -x brivanta-dohd)" ] || fail "brivanta-dohd still runs"
-[ "$(lookup h1.test)" = 198.51.100.1 ] || fail "after disable, the machine's own resolver does not answer"
+expect_restored "disable"
 ok "disable: the original DNS is back, byte for byte"
+
+# The helper stopped after each of its steps, as by a crash: disable, or enable again, finishes the job.
+endpoint=https://doh.test:8443/dns-query
+crashed() { # STEP ARGUMENTS...
+    local step=$1
+    shift
+    BRIVANTA_APPLY_CRASH_AFTER=$step apply "$@" 2>/dev/null
+}
+for k in $(seq 1 30); do
+    crashed $k enable $endpoint && { enable_steps=$((k - 1)); break; }
+    [ $? = 86 ] || fail "enable stopped after step $k for another reason"
+    if [ $((k % 2)) = 0 ]; then
+        apply enable $endpoint 2>/dev/null || fail "enable after a crash at step $k"
+        [ "$(lookup h1.test)" = 192.0.2.1 ] || fail "enable after a crash at step $k does not route"
+    fi
+    apply disable 2>/dev/null || fail "disable after enable crashed at step $k"
+    expect_restored "disable after enable crashed at step $k"
+done
+apply enable $endpoint 2>/dev/null || fail "enable failed"
+for k in $(seq 1 30); do
+    crashed $k disable && { disable_steps=$((k - 1)); break; }
+    [ $? = 86 ] || fail "disable stopped after step $k for another reason"
+    apply disable 2>/dev/null || fail "disable after disable crashed at step $k"
+    expect_restored "disable after it crashed at step $k"
+    apply enable $endpoint 2>/dev/null || fail "enable failed"
+done
+apply disable 2>/dev/null
+expect_restored "disable"
+[ "${enable_steps:-0}" -gt 3 ] && [ "${disable_steps:-0}" -gt 2 ] || fail "the helper did not stop after its steps"
+ok "a crash after any of enable's $enable_steps or disable's $disable_steps steps, then disable: the original DNS is back"
 
 apply enable https://doh.test:8443/dns-query >/dev/null 2>&1 || fail "second enable failed"
 [ "$(lookup h2.test)" = 192.0.2.2 ] || fail "second enable does not route"
@@ -144,5 +178,5 @@ status >"$work/status.txt" && fail "status says on with the forwarder stopped"
 grep -q 'Blocking: off. The forwarder is not running.' "$work/status.txt" || fail "wrong reason: $(cat "$work/status.txt")"
 ok "fail closed: with the forwarder gone, nothing resolves and the status says why"
 apply disable >/dev/null 2>&1 || fail "final disable failed"
-cmp -s /etc/resolv.conf "$work/resolv.conf.before" || fail "resolv.conf differs after the final disable"
+expect_restored "the final disable"
 echo "PASSED ($stack)"

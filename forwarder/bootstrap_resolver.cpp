@@ -22,6 +22,27 @@ constexpr std::chrono::seconds maximumTtl { 86400 };
 
 } // namespace
 
+sockaddr_storage toSockaddr(const HostPort &where, socklen_t &length)
+{
+    sockaddr_storage storage {};
+    if (where.address.protocol() == QAbstractSocket::IPv6Protocol) {
+        auto *in6 = reinterpret_cast<sockaddr_in6 *>(&storage);
+        in6->sin6_family = AF_INET6;
+        in6->sin6_port = htons(where.port);
+        const Q_IPV6ADDR bytes = where.address.toIPv6Address();
+        std::memcpy(&in6->sin6_addr, bytes.c, sizeof bytes.c);
+        in6->sin6_scope_id = where.address.scopeId().toUInt();
+        length = sizeof *in6;
+    } else {
+        auto *in = reinterpret_cast<sockaddr_in *>(&storage);
+        in->sin_family = AF_INET;
+        in->sin_port = htons(where.port);
+        in->sin_addr.s_addr = htonl(where.address.toIPv4Address());
+        length = sizeof *in;
+    }
+    return storage;
+}
+
 QString toString(const HostPort &server)
 {
     const QString address = server.address.protocol() == QAbstractSocket::IPv6Protocol
@@ -82,27 +103,12 @@ void BootstrapResolver::askNext()
         return;
     }
     const HostPort server = m_servers[m_next++];
-    sockaddr_storage address {};
     socklen_t length = 0;
-    if (server.address.protocol() == QAbstractSocket::IPv6Protocol) {
-        auto *in6 = reinterpret_cast<sockaddr_in6 *>(&address);
-        in6->sin6_family = AF_INET6;
-        in6->sin6_port = htons(server.port);
-        const Q_IPV6ADDR bytes = server.address.toIPv6Address();
-        std::memcpy(&in6->sin6_addr, bytes.c, sizeof bytes.c);
-        in6->sin6_scope_id = server.address.scopeId().toUInt();
-        length = sizeof *in6;
-    } else {
-        auto *in = reinterpret_cast<sockaddr_in *>(&address);
-        in->sin_family = AF_INET;
-        in->sin_port = htons(server.port);
-        in->sin_addr.s_addr = htonl(server.address.toIPv4Address());
-        length = sizeof *in;
-    }
+    const sockaddr_storage address = toSockaddr(server, length);
     // A connected socket of our own rather than QUdpSocket: only its peer's answers arrive, and an ICMP
     // "port unreachable" shows as ECONNREFUSED, so a server that is not there is skipped at once.
     m_fd = ::socket(address.ss_family, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (m_fd < 0 || ::connect(m_fd, reinterpret_cast<sockaddr *>(&address), length) != 0) {
+    if (m_fd < 0 || ::connect(m_fd, reinterpret_cast<const sockaddr *>(&address), length) != 0) {
         askNext();
         return;
     }

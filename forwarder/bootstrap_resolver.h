@@ -8,6 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <sys/socket.h>
 #include <vector>
 
 namespace brivanta {
@@ -19,6 +20,7 @@ struct HostPort
     bool operator==(const HostPort &) const = default;
 };
 QString toString(const HostPort &server);
+sockaddr_storage toSockaddr(const HostPort &where, socklen_t &length);
 
 // Resolves the DNS-over-HTTPS endpoint's own host name with plain DNS, asking the given servers one after
 // the other. The system resolver is never used: it may well be the forwarder that needs this answer.

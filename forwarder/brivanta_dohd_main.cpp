@@ -54,26 +54,6 @@ QString listenText(const HostPort &where)
     return address + QLatin1Char(':') + QString::number(where.port);
 }
 
-sockaddr_storage toSockaddr(const HostPort &where, socklen_t &length)
-{
-    sockaddr_storage storage {};
-    if (where.address.protocol() == QAbstractSocket::IPv6Protocol) {
-        auto *in6 = reinterpret_cast<sockaddr_in6 *>(&storage);
-        in6->sin6_family = AF_INET6;
-        in6->sin6_port = htons(where.port);
-        const Q_IPV6ADDR bytes = where.address.toIPv6Address();
-        std::memcpy(&in6->sin6_addr, bytes.c, 16);
-        length = sizeof *in6;
-    } else {
-        auto *in4 = reinterpret_cast<sockaddr_in *>(&storage);
-        in4->sin_family = AF_INET;
-        in4->sin_port = htons(where.port);
-        in4->sin_addr.s_addr = htonl(where.address.toIPv4Address());
-        length = sizeof *in4;
-    }
-    return storage;
-}
-
 int bindSocket(const HostPort &where, int type, QString &error)
 {
     socklen_t length = 0;

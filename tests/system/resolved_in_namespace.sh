@@ -21,6 +21,11 @@ systemd_stand_in() { # WORK
     mkdir -p /run/systemd/system "$work/bin"
     cat >"$work/bin/systemctl" <<SHIM
 #!/bin/bash
+# as systemctl stop does: return once the service is gone
+stop_forwarder() {
+    pkill -x brivanta-dohd || return 0
+    for i in \$(seq 100); do pgrep -x brivanta-dohd >/dev/null || return 0; sleep 0.05; done
+}
 verb=\$1; shift
 for unit in "\$@"; do
     case \$verb:\$unit in
@@ -32,9 +37,9 @@ for unit in "\$@"; do
             # runtime link settings survive a restart in systemd-networkd's care; here we set them again
             "$RESOLVECTL" dns brv0 192.0.2.9; "$RESOLVECTL" domain brv0 lan ;;
         restart:brivanta-dohd.socket)
-            pkill -x brivanta-dohd; sleep 0.2
+            stop_forwarder
             setsid "\$BRIVANTA_DOHD" --config /etc/brivanta/dohd.conf --user nobody </dev/null >/dev/null 2>&1 & ;;
-        stop:brivanta-dohd.*) pkill -x brivanta-dohd || true ;;
+        stop:brivanta-dohd.*) stop_forwarder ;;
     esac
 done
 exit 0

@@ -41,7 +41,7 @@ def main():
     args = parser.parse_args()
     extra_env = dict(item.split("=", 1) for item in args.env)
 
-    captured = {}
+    captured = collections.Counter()
     original_sleep = time.sleep
 
     # Read the map when run_once reads the idle RSS: right after its settle sleep, the process still up.

@@ -1,5 +1,6 @@
 #include "platform/qt/scene_graph_backend.h"
 
+#include <QDir>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
@@ -27,12 +28,22 @@ QByteArray openGLRendererName()
 bool isSoftwareRasterizer(QByteArrayView renderer)
 {
     const QByteArray lower = renderer.toByteArray().toLower();
-    for (const char *name : { "llvmpipe", "softpipe", "software rasterizer", "swrast", "microsoft basic render" }) {
+    for (const char *name :
+        { "llvmpipe", "softpipe", "software rasterizer", "swrast", "microsoft basic render" }) {
         if (lower.contains(name))
             return true;
     }
     // OpenSWR names itself "SWR (LLVM …)"; match the word, not the letters inside another name.
     return lower.startsWith("swr ") || lower == "swr";
+}
+
+bool hasGpuDeviceNode(const QString &devRoot)
+{
+    const QDir dev(devRoot);
+    return !dev.entryList({ QStringLiteral("nvidia[0-9]*") }, QDir::System | QDir::Files).isEmpty()
+        || !QDir(dev.filePath(QStringLiteral("dri")))
+                .entryList({ QStringLiteral("renderD*") }, QDir::System | QDir::Files)
+                .isEmpty();
 }
 
 bool prefersSoftwareSceneGraph(bool userPickedBackend, QByteArrayView renderer)
@@ -50,7 +61,9 @@ void chooseSceneGraphBackend()
     // tints there.
     if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND"))
         return; // the user's choice, and no need to probe OpenGL
-    if (prefersSoftwareSceneGraph(false, openGLRendererName()))
+    // Without a GPU device the answer is known, and asking OpenGL would load and start Mesa's rasterizer
+    // (some 60 MB resident, never freed) only to hear it.
+    if (!hasGpuDeviceNode(QStringLiteral("/dev")) || prefersSoftwareSceneGraph(false, openGLRendererName()))
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 

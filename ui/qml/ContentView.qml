@@ -7,11 +7,22 @@ Item {
 
     property bool showOnboarding: true
 
+    // The main screen loads by its URL when it is first shown, so that starting up loads the onboarding's
+    // types and imports only, not the main screen's.
+    function showScreen() {
+        if (showOnboarding)
+            content.sourceComponent = onboarding
+        else
+            content.setSource("MainView.qml", { objectName: "mainView" })
+    }
+
+    onShowOnboardingChanged: showScreen()
+
     Loader {
         id: content
         objectName: "content"
         anchors.fill: parent
-        sourceComponent: root.showOnboarding ? onboarding : main
+        Component.onCompleted: root.showScreen()
     }
 
     Component {
@@ -20,13 +31,6 @@ Item {
             objectName: "onboardingView"
             showOnboarding: root.showOnboarding
             onShowOnboardingChanged: root.showOnboarding = showOnboarding
-        }
-    }
-
-    Component {
-        id: main
-        MainView {
-            objectName: "mainView"
         }
     }
 

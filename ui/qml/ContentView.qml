@@ -34,6 +34,13 @@ Item {
         }
     }
 
-    ShareSheetView {}
-    RatingPromptView {}
+    // The share sheet and the rating prompt exist only while they are asked for.
+    Loader {
+        active: DesktopShareSheet.visible
+        source: "ShareSheetView.qml"
+    }
+    Loader {
+        active: DesktopRatingPrompt.visible
+        source: "RatingPromptView.qml"
+    }
 }

@@ -11,8 +11,9 @@ Item {
     readonly property bool isTablet: Device.isTablet
     // The device's screen width: on the desktop the window's.
     readonly property real screenWidth: Device.windowWidth
-    // What the cards' frosted glass blurs.
-    readonly property Item blurBackdrop: backdrop
+    // What the cards' frosted glass blurs: nothing, as the backdrop is one solid colour and its blur is
+    // that colour again; the glass is its tint alone over it, with no blur pass per frame.
+    readonly property Item blurBackdrop: null
 
     // Keys of the add button's faces and the result labels, which the model yields.
     readonly property var modelKeys: [QT_TR_NOOP("Add Network Settings"), QT_TR_NOOP("Settings Added"),

@@ -22,6 +22,9 @@ Popup {
 
     onClosed: DesktopRatingPrompt.dismiss()
 
+    // Made when it is asked for (see ContentView).
+    Component.onCompleted: if (DesktopRatingPrompt.visible) open()
+
     Connections {
         target: DesktopRatingPrompt
         function onVisibleChanged() {

@@ -28,6 +28,9 @@ Popup {
 
     onClosed: DesktopShareSheet.dismiss()
 
+    // Made when it is asked for (see ContentView).
+    Component.onCompleted: if (DesktopShareSheet.visible) open()
+
     Connections {
         target: DesktopShareSheet
         function onVisibleChanged() {

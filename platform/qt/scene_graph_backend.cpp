@@ -56,9 +56,8 @@ bool prefersSoftwareSceneGraph(bool userPickedBackend, QByteArrayView renderer)
 void chooseSceneGraphBackend()
 {
     // Without a GPU (virtual machines, Xvfb, remote sessions) OpenGL is a CPU rasterizer that JIT-compiles
-    // every shader on first use and runs the blur per frame on the CPU; Qt Quick's own software renderer
-    // draws this UI in a fraction of the time. The frosted glass and the shadows fall back to their plain
-    // tints there.
+    // every shader on first use and runs the shadows' effects on the CPU; Qt Quick's own software renderer
+    // draws this UI in a fraction of the time. The shadows are left out there.
     if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND"))
         return; // the user's choice, and no need to probe OpenGL
     // Without a GPU device the answer is known, and asking OpenGL would load and start Mesa's rasterizer

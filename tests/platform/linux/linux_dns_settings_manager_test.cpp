@@ -4,7 +4,14 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <csignal>
+#include <cstring>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace brivanta::testing {
 namespace {
@@ -51,17 +58,6 @@ protected:
         return ::stat(QFile::encodeName(storePath()).constData(), &info) == 0 ? info.st_ino : 0;
     }
 };
-
-TEST_F(LinuxDNSSettingsManagerTest, NoStoreYetLoadsAsNothingSavedOnAWorkerThread)
-{
-    LinuxDNSSettingsManager manager(storePath());
-    const Outcome outcome = load(manager);
-    EXPECT_EQ(outcome.error, std::nullopt);
-    EXPECT_FALSE(outcome.onCallingThread);
-    EXPECT_EQ(manager.dnsSettings(), std::nullopt);
-    EXPECT_FALSE(manager.isEnabled());
-    EXPECT_FALSE(QFileInfo::exists(storePath()));
-}
 
 TEST_F(LinuxDNSSettingsManagerTest, SavedConfigurationLoadsBackInAnotherManagerPrivately)
 {
@@ -122,12 +118,12 @@ TEST_F(LinuxDNSSettingsManagerTest, SaveStoresWhatWasSetWhenItWasCalledEvenIfALo
     EXPECT_EQ(slot.dnsSettings, goodHttps);
 }
 
-TEST_F(LinuxDNSSettingsManagerTest, AnOlderFileWithItsOnSwitchStillLoadsButTheMachineDecides)
+TEST_F(LinuxDNSSettingsManagerTest, KeysOfOtherVersionsLoadAndAreKeptButTheMachineDecidesTheSwitch)
 {
     ASSERT_EQ(saveSettings(httpsSettings(QStringLiteral("https://a.test/1"))).error, std::nullopt);
     QByteArray old = fileBytes(storePath());
     ASSERT_FALSE(old.contains("enabled"));
-    writeFile(storePath(), old.replace("{", "{\"enabled\": true,"));
+    writeFile(storePath(), old.replace(0, 1, "{\"enabled\": true, \"future\": [1],"));
 
     SystemDnsPaths nothingApplied;
     nothingApplied.stateFile = configHome() + QStringLiteral("/no-state.json");
@@ -136,9 +132,14 @@ TEST_F(LinuxDNSSettingsManagerTest, AnOlderFileWithItsOnSwitchStillLoadsButTheMa
     EXPECT_EQ(manager.dnsSettings(), httpsSettings(QStringLiteral("https://a.test/1")));
     EXPECT_FALSE(manager.isEnabled());
     EXPECT_EQ(manager.statusReason(), QStringLiteral("Not switched on."));
+
+    ASSERT_EQ(saveSettings(httpsSettings(QStringLiteral("https://b.test/2"))).error, std::nullopt);
+    const QJsonObject rewritten = QJsonDocument::fromJson(fileBytes(storePath())).object();
+    EXPECT_EQ(rewritten.value(QStringLiteral("future")), QJsonArray { 1 });
+    EXPECT_EQ(rewritten.value(QStringLiteral("enabled")), true);
 }
 
-TEST_F(LinuxDNSSettingsManagerTest, RemoveDeletesTheConfiguration)
+TEST_F(LinuxDNSSettingsManagerTest, RemoveDeletesTheConfigurationAndNoFileLoadsAsNothingSaved)
 {
     ASSERT_EQ(saveSettings(httpsSettings(QStringLiteral("https://a.test/1"))).error, std::nullopt);
 
@@ -149,6 +150,9 @@ TEST_F(LinuxDNSSettingsManagerTest, RemoveDeletesTheConfiguration)
     EXPECT_FALSE(removed.onCallingThread);
     EXPECT_FALSE(QFileInfo::exists(storePath()));
     EXPECT_FALSE(manager.isEnabled());
+    EXPECT_EQ(manager.dnsSettings(), std::nullopt);
+    manager.setDnsSettings(goodHttps);
+    EXPECT_EQ(load(manager).error, std::nullopt);
     EXPECT_EQ(manager.dnsSettings(), std::nullopt);
 }
 
@@ -208,12 +212,6 @@ INSTANTIATE_TEST_SUITE_P(Platform, InvalidSettingsTest,
             "URL." }),
     [](const auto &info) { return std::string(info.param.name); });
 
-TEST_F(LinuxDNSSettingsManagerTest, TlsWithOnlyAServerNameIsAccepted)
-{
-    EXPECT_EQ(
-        saveSettings(NEDNSOverTLSSettings { {}, QStringLiteral("dns.example.test") }).error, std::nullopt);
-}
-
 class CorruptStoreTest : public LinuxDNSSettingsManagerTest,
                          public ::testing::WithParamInterface<const char *>
 {
@@ -246,19 +244,161 @@ INSTANTIATE_TEST_SUITE_P(Store, CorruptStoreTest,
         "{\"enabled\": false}",
         "{\"format\": 1, \"enabled\": false, \"dnsSettings\": {\"protocol\": \"dnsOverQUIC\", \"servers\": "
         "[]}}",
-        "{\"format\": 1, \"enabled\": false, \"onDemandRules\": [{\"action\": \"connect\"}]}"));
+        "{\"format\": 1, \"enabled\": false, \"onDemandRules\": [{\"action\": \"connect\"}]}",
+        // Values that could not be written back as they are.
+        "{\"format\": 1, \"dnsSettings\": {\"protocol\": \"dnsOverHTTPS\", \"servers\": [], \"serverURL\": "
+        "\"https://a b/\"}}",
+        "{\"format\": 1, \"onDemandRules\": [{\"action\": \"connect\", \"interfaceTypeMatch\": 2.5, "
+        "\"dnsSearchDomainMatch\": [], \"dnsServerAddressMatch\": []}]}",
+        "{\"format\": 1, \"onDemandRules\": [{\"action\": \"connect\", \"interfaceTypeMatch\": 1e300, "
+        "\"dnsSearchDomainMatch\": [], \"dnsServerAddressMatch\": []}]}"));
 
-TEST_F(LinuxDNSSettingsManagerTest, UnreadableStoreIsAnErrorNotACrash)
+struct StoreFailureCase
 {
-    ASSERT_TRUE(QDir().mkpath(storePath())); // a folder where the file should be cannot be read as one
-    LinuxDNSSettingsManager manager(storePath());
-    const Outcome outcome = load(manager);
-    ASSERT_TRUE(outcome.error.has_value());
-    EXPECT_EQ(outcome.error->code, 5);
-    EXPECT_TRUE(outcome.error->localizedDescription.startsWith(QStringLiteral("The saved DNS configuration (")
-        + storePath() + QStringLiteral(") could not be read: ")))
-        << outcome.error->localizedDescription.toStdString();
+    const char *name;
+    std::function<void(const QString &path)> arrange; // given the slot's path, which holds a saved slot
+    const char *description; // with <slot>, <folder> and <lock> for their paths
+    friend void PrintTo(const StoreFailureCase &c, std::ostream *os) { *os << c.name; }
+};
+
+class StoreFailureTest : public LinuxDNSSettingsManagerTest,
+                         public ::testing::WithParamInterface<StoreFailureCase>
+{
+protected:
+    void TearDown() override
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_fileSizeLimit);
+        qunsetenv("BRIVANTA_DNS_SLOT_SYNC_ERRNO");
+    }
+    rlimit m_fileSizeLimit = [] {
+        rlimit limit {};
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        return limit;
+    }();
+};
+
+TEST_P(StoreFailureTest, NamesItsCauseAndKeepsTheSavedFile)
+{
+    ASSERT_EQ(saveSettings(goodHttps).error, std::nullopt);
+    GetParam().arrange(storePath());
+    const QString folder = QFileInfo(storePath()).absolutePath();
+    const QStringList entries = QDir(folder).entryList(QDir::AllEntries | QDir::System);
+    const QString kept = QFile::exists(storePath() + QStringLiteral(".target"))
+        ? storePath() + QStringLiteral(".target")
+        : storePath();
+    const QByteArray saved = fileBytes(kept);
+    ASSERT_TRUE(saved.contains("dns.example.test"));
+
+    const auto error = DnsSlotStore(storePath()).update([](DnsSlot &slot) {
+        slot.dnsSettings = httpsSettings(QStringLiteral("https://other.test/x"));
+        return DnsSlotStore::Change::Write;
+    });
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->code, 5);
+    EXPECT_EQ(error->localizedDescription.toStdString(),
+        QString::fromUtf8(GetParam().description)
+            .replace(QStringLiteral("<slot>"), storePath())
+            .replace(QStringLiteral("<folder>"), folder)
+            .replace(QStringLiteral("<lock>"), storePath() + QStringLiteral(".lock"))
+            .toStdString());
+    // Nothing replaced, nothing left behind.
+    EXPECT_EQ(fileBytes(kept), saved);
+    EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::System), entries);
 }
+
+// What sits at a path instead of the file, keeping the saved bytes aside where the table checks them.
+void replaceWith(const QString &path, const std::function<int(const QByteArray &)> &make)
+{
+    ASSERT_TRUE(QFile::rename(path, path + QStringLiteral(".target")) || !QFile::exists(path));
+    ASSERT_EQ(make(QFile::encodeName(path)), 0) << std::strerror(errno);
+}
+
+void setFileSizeLimit(const QString &)
+{
+    // The write stops short after 64 bytes, then fails: the short write a nearly full disk gives.
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit { 64, RLIM_INFINITY };
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+}
+
+void requireRoot()
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "needs root to hand a file to another user";
+}
+
+INSTANTIATE_TEST_SUITE_P(Store, StoreFailureTest,
+    ::testing::Values(StoreFailureCase { "ShortWrite", setFileSizeLimit,
+                          "The DNS configuration could not be written to <slot>: File too large." },
+        StoreFailureCase { "SyncFails", [](const QString &) { qputenv("BRIVANTA_DNS_SLOT_SYNC_ERRNO", "5"); },
+            "The DNS configuration could not be written to <slot>: Input/output error." },
+        StoreFailureCase { "SymbolicLink",
+            [](const QString &path) {
+                replaceWith(path, [&](const QByteArray &at) {
+                    return ::symlink((at + ".target").constData(), at.constData());
+                });
+            },
+            "The saved DNS configuration (<slot>) could not be read: it is a symbolic link, which is not "
+            "followed." },
+        StoreFailureCase { "Fifo",
+            [](const QString &path) {
+                replaceWith(path, [](const QByteArray &at) { return ::mkfifo(at.constData(), 0600); });
+            },
+            "The saved DNS configuration (<slot>) could not be read: it is a FIFO, not a regular file." },
+        StoreFailureCase { "Folder",
+            [](const QString &path) {
+                replaceWith(path, [](const QByteArray &at) { return ::mkdir(at.constData(), 0700); });
+            },
+            "The saved DNS configuration (<slot>) could not be read: it is a folder, not a file." },
+        StoreFailureCase { "TooLarge",
+            [](const QString &path) {
+                QByteArray padded = fileBytes(path);
+                writeFile(path, padded.append(QByteArray(DnsSlotStore::maxFileSize, ' ')));
+            },
+            "The saved DNS configuration (<slot>) could not be read: it is too large (more than 1048576 "
+            "bytes)." },
+        StoreFailureCase { "FolderOfAnotherUser",
+            [](const QString &path) {
+                requireRoot();
+                ASSERT_EQ(
+                    ::chown(QFile::encodeName(QFileInfo(path).absolutePath()).constData(), 65534, 65534), 0);
+            },
+            "The folder of the DNS configuration (<folder>) is not safe to use: it belongs to user 65534, "
+            "not to "
+            "this "
+            "user (0)." },
+        StoreFailureCase { "FolderWritableByOthers",
+            [](const QString &path) {
+                ::chmod(QFile::encodeName(QFileInfo(path).absolutePath()).constData(), 0770);
+            },
+            "The folder of the DNS configuration (<folder>) is not safe to use: other users can write to it "
+            "(mode "
+            "0770); run “chmod go-w” on it." },
+        StoreFailureCase { "LockIsAFolder",
+            [](const QString &path) {
+                ::unlink(QFile::encodeName(path + QStringLiteral(".lock")).constData());
+                ASSERT_TRUE(QDir().mkdir(path + QStringLiteral(".lock")));
+            },
+            "The lock file of the DNS configuration (<lock>) cannot be used: Is a directory." },
+        StoreFailureCase { "LockIsALink",
+            [](const QString &path) {
+                ::unlink(QFile::encodeName(path + QStringLiteral(".lock")).constData());
+                ASSERT_TRUE(QFile::link(path + QStringLiteral(".nowhere"), path + QStringLiteral(".lock")));
+            },
+            "The lock file of the DNS configuration (<lock>) cannot be used: it is a symbolic link, which is "
+            "not "
+            "followed." },
+        StoreFailureCase { "LockOfAnotherUser",
+            [](const QString &path) {
+                requireRoot();
+                ASSERT_EQ(
+                    ::chown(QFile::encodeName(path + QStringLiteral(".lock")).constData(), 65534, 65534), 0);
+            },
+            "The lock file of the DNS configuration (<lock>) cannot be used: it belongs to user 65534, not "
+            "to "
+            "this "
+            "user (0)." }),
+    [](const auto &info) { return std::string(info.param.name); });
 
 } // namespace
 } // namespace brivanta::testing

@@ -253,11 +253,13 @@ INSTANTIATE_TEST_SUITE_P(Store, CorruptStoreTest,
         "{\"format\": 1, \"onDemandRules\": [{\"action\": \"connect\", \"interfaceTypeMatch\": 1e300, "
         "\"dnsSearchDomainMatch\": [], \"dnsServerAddressMatch\": []}]}"));
 
+// Each row turns a saved slot into one way the store can fail.
 struct StoreFailureCase
 {
     const char *name;
-    std::function<void(const QString &path)> arrange; // given the slot's path, which holds a saved slot
-    const char *description; // with <slot>, <folder> and <lock> for their paths
+    bool moveAside; // the saved file goes to <slot>.kept first, so that something else can take its place
+    int (*arrange)(const char *slot, const char *folder, const char *lock); // 0, or -1 and errno
+    const char *description; // <slot>, <folder> and <lock> stand for their paths
     friend void PrintTo(const StoreFailureCase &c, std::ostream *os) { *os << c.name; }
 };
 
@@ -280,12 +282,16 @@ protected:
 TEST_P(StoreFailureTest, NamesItsCauseAndKeepsTheSavedFile)
 {
     ASSERT_EQ(saveSettings(goodHttps).error, std::nullopt);
-    GetParam().arrange(storePath());
     const QString folder = QFileInfo(storePath()).absolutePath();
+    const QString lock = storePath() + QStringLiteral(".lock");
+    const QString kept = GetParam().moveAside ? storePath() + QStringLiteral(".kept") : storePath();
+    ASSERT_TRUE(QFile::rename(storePath(), kept) || !GetParam().moveAside);
+    std::signal(SIGXFSZ, SIG_IGN); // a write past RLIMIT_FSIZE fails instead of ending the process
+    if (GetParam().arrange(QFile::encodeName(storePath()).constData(), QFile::encodeName(folder).constData(),
+            QFile::encodeName(lock).constData())
+        != 0)
+        GTEST_SKIP() << "cannot arrange the case: " << std::strerror(errno);
     const QStringList entries = QDir(folder).entryList(QDir::AllEntries | QDir::System);
-    const QString kept = QFile::exists(storePath() + QStringLiteral(".target"))
-        ? storePath() + QStringLiteral(".target")
-        : storePath();
     const QByteArray saved = fileBytes(kept);
     ASSERT_TRUE(saved.contains("dns.example.test"));
 
@@ -299,105 +305,70 @@ TEST_P(StoreFailureTest, NamesItsCauseAndKeepsTheSavedFile)
         QString::fromUtf8(GetParam().description)
             .replace(QStringLiteral("<slot>"), storePath())
             .replace(QStringLiteral("<folder>"), folder)
-            .replace(QStringLiteral("<lock>"), storePath() + QStringLiteral(".lock"))
+            .replace(QStringLiteral("<lock>"), lock)
             .toStdString());
     // Nothing replaced, nothing left behind.
     EXPECT_EQ(fileBytes(kept), saved);
     EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::System), entries);
 }
 
-// What sits at a path instead of the file, keeping the saved bytes aside where the table checks them.
-void replaceWith(const QString &path, const std::function<int(const QByteArray &)> &make)
-{
-    ASSERT_TRUE(QFile::rename(path, path + QStringLiteral(".target")) || !QFile::exists(path));
-    ASSERT_EQ(make(QFile::encodeName(path)), 0) << std::strerror(errno);
-}
-
-void setFileSizeLimit(const QString &)
-{
-    // The write stops short after 64 bytes, then fails: the short write a nearly full disk gives.
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit { 64, RLIM_INFINITY };
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-}
-
-void requireRoot()
-{
-    if (::geteuid() != 0)
-        GTEST_SKIP() << "needs root to hand a file to another user";
-}
-
 INSTANTIATE_TEST_SUITE_P(Store, StoreFailureTest,
-    ::testing::Values(StoreFailureCase { "ShortWrite", setFileSizeLimit,
-                          "The DNS configuration could not be written to <slot>: File too large." },
-        StoreFailureCase { "SyncFails", [](const QString &) { qputenv("BRIVANTA_DNS_SLOT_SYNC_ERRNO", "5"); },
+    ::testing::Values(
+        // A write that stops short after 64 bytes and then fails, as on a nearly full disk.
+        StoreFailureCase { "ShortWrite", false,
+            [](const char *, const char *, const char *) {
+                const rlimit limit { 64, RLIM_INFINITY };
+                return ::setrlimit(RLIMIT_FSIZE, &limit);
+            },
+            "The DNS configuration could not be written to <slot>: File too large." },
+        StoreFailureCase { "SyncFails", false,
+            [](const char *, const char *, const char *) {
+                return ::setenv("BRIVANTA_DNS_SLOT_SYNC_ERRNO", "5", 1);
+            },
             "The DNS configuration could not be written to <slot>: Input/output error." },
-        StoreFailureCase { "SymbolicLink",
-            [](const QString &path) {
-                replaceWith(path, [&](const QByteArray &at) {
-                    return ::symlink((at + ".target").constData(), at.constData());
-                });
+        StoreFailureCase { "SymbolicLink", true,
+            [](const char *slot, const char *, const char *) {
+                return ::symlink("dns-slot.json.kept", slot);
             },
             "The saved DNS configuration (<slot>) could not be read: it is a symbolic link, which is not "
             "followed." },
-        StoreFailureCase { "Fifo",
-            [](const QString &path) {
-                replaceWith(path, [](const QByteArray &at) { return ::mkfifo(at.constData(), 0600); });
-            },
+        StoreFailureCase { "Fifo", true,
+            [](const char *slot, const char *, const char *) { return ::mkfifo(slot, 0600); },
             "The saved DNS configuration (<slot>) could not be read: it is a FIFO, not a regular file." },
-        StoreFailureCase { "Folder",
-            [](const QString &path) {
-                replaceWith(path, [](const QByteArray &at) { return ::mkdir(at.constData(), 0700); });
-            },
+        StoreFailureCase { "Folder", true,
+            [](const char *slot, const char *, const char *) { return ::mkdir(slot, 0700); },
             "The saved DNS configuration (<slot>) could not be read: it is a folder, not a file." },
-        StoreFailureCase { "TooLarge",
-            [](const QString &path) {
-                QByteArray padded = fileBytes(path);
-                writeFile(path, padded.append(QByteArray(DnsSlotStore::maxFileSize, ' ')));
+        StoreFailureCase { "TooLarge", false,
+            [](const char *slot, const char *, const char *) {
+                return ::truncate(slot, DnsSlotStore::maxFileSize + 1);
             },
             "The saved DNS configuration (<slot>) could not be read: it is too large (more than 1048576 "
             "bytes)." },
-        StoreFailureCase { "FolderOfAnotherUser",
-            [](const QString &path) {
-                requireRoot();
-                ASSERT_EQ(
-                    ::chown(QFile::encodeName(QFileInfo(path).absolutePath()).constData(), 65534, 65534), 0);
-            },
+        StoreFailureCase { "FolderOfAnotherUser", false,
+            [](const char *, const char *folder, const char *) { return ::chown(folder, 65534, 65534); },
             "The folder of the DNS configuration (<folder>) is not safe to use: it belongs to user 65534, "
-            "not to "
-            "this "
-            "user (0)." },
-        StoreFailureCase { "FolderWritableByOthers",
-            [](const QString &path) {
-                ::chmod(QFile::encodeName(QFileInfo(path).absolutePath()).constData(), 0770);
-            },
+            "not "
+            "to this user (0)." },
+        StoreFailureCase { "FolderWritableByOthers", false,
+            [](const char *, const char *folder, const char *) { return ::chmod(folder, 0770); },
             "The folder of the DNS configuration (<folder>) is not safe to use: other users can write to it "
-            "(mode "
-            "0770); run “chmod go-w” on it." },
-        StoreFailureCase { "LockIsAFolder",
-            [](const QString &path) {
-                ::unlink(QFile::encodeName(path + QStringLiteral(".lock")).constData());
-                ASSERT_TRUE(QDir().mkdir(path + QStringLiteral(".lock")));
+            "(mode 0770); run “chmod go-w” on it." },
+        StoreFailureCase { "LockIsAFolder", false,
+            [](const char *, const char *, const char *lock) {
+                return ::unlink(lock) == 0 ? ::mkdir(lock, 0700) : -1;
             },
             "The lock file of the DNS configuration (<lock>) cannot be used: Is a directory." },
-        StoreFailureCase { "LockIsALink",
-            [](const QString &path) {
-                ::unlink(QFile::encodeName(path + QStringLiteral(".lock")).constData());
-                ASSERT_TRUE(QFile::link(path + QStringLiteral(".nowhere"), path + QStringLiteral(".lock")));
+        StoreFailureCase { "LockIsALink", false,
+            [](const char *, const char *, const char *lock) {
+                return ::unlink(lock) == 0 ? ::symlink("x", lock) : -1;
             },
             "The lock file of the DNS configuration (<lock>) cannot be used: it is a symbolic link, which is "
-            "not "
-            "followed." },
-        StoreFailureCase { "LockOfAnotherUser",
-            [](const QString &path) {
-                requireRoot();
-                ASSERT_EQ(
-                    ::chown(QFile::encodeName(path + QStringLiteral(".lock")).constData(), 65534, 65534), 0);
-            },
+            "not followed." },
+        StoreFailureCase { "LockOfAnotherUser", false,
+            [](const char *, const char *, const char *lock) { return ::chown(lock, 65534, 65534); },
             "The lock file of the DNS configuration (<lock>) cannot be used: it belongs to user 65534, not "
             "to "
-            "this "
-            "user (0)." }),
+            "this user (0)." }),
     [](const auto &info) { return std::string(info.param.name); });
 
 } // namespace

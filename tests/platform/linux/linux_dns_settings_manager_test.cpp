@@ -179,7 +179,8 @@ TEST_P(InvalidSettingsTest, AreRefusedWithCode1AndNothingIsWritten)
     ASSERT_TRUE(outcome.error.has_value());
     EXPECT_EQ(outcome.error->domain, QStringLiteral("NEConfigurationErrorDomain"));
     EXPECT_EQ(outcome.error->code, 1);
-    EXPECT_EQ(outcome.error->localizedDescription, QString::fromUtf8(GetParam().description));
+    EXPECT_EQ(outcome.error->localizedDescription,
+        QStringLiteral("The DNS configuration is invalid: ") + QString::fromUtf8(GetParam().description));
     EXPECT_FALSE(QFileInfo::exists(storePath()));
 }
 
@@ -190,26 +191,23 @@ NEOnDemandRule ruleWith(qint64 interfaceType, std::optional<QUrl> probe)
 }
 
 INSTANTIATE_TEST_SUITE_P(Platform, InvalidSettingsTest,
-    ::testing::Values(InvalidCase { "NoSettings", std::nullopt, {},
-                          "The DNS configuration is invalid: it has no DNS settings." },
+    ::testing::Values(InvalidCase { "NoSettings", std::nullopt, {}, "it has no DNS settings." },
         InvalidCase { "HttpsWithoutUrl", NEDNSOverHTTPSSettings { {}, std::nullopt }, {},
-            "The DNS configuration is invalid: DNS-over-HTTPS needs an https server URL with a host name." },
+            "DNS-over-HTTPS needs an https server URL with a host name." },
         InvalidCase { "PlainHttpUrl",
             NEDNSOverHTTPSSettings { {}, QUrl(QStringLiteral("http://dns.test/x")) }, {},
-            "The DNS configuration is invalid: DNS-over-HTTPS needs an https server URL with a host name." },
+            "DNS-over-HTTPS needs an https server URL with a host name." },
         InvalidCase { "UrlWithoutHost", NEDNSOverHTTPSSettings { {}, QUrl(QStringLiteral("https:/x")) }, {},
-            "The DNS configuration is invalid: DNS-over-HTTPS needs an https server URL with a host name." },
+            "DNS-over-HTTPS needs an https server URL with a host name." },
         InvalidCase { "TlsWithNothing", NEDNSOverTLSSettings { {}, QString() }, {},
-            "The DNS configuration is invalid: DNS-over-TLS needs a server name or at least one server "
-            "address." },
+            "DNS-over-TLS needs a server name or at least one server address." },
         InvalidCase { "ServerNotAnAddress",
             NEDNSOverTLSSettings { { QStringLiteral("dns.test") }, QStringLiteral("dns.test") }, {},
-            "The DNS configuration is invalid: “dns.test” is not an IP address." },
+            "“dns.test” is not an IP address." },
         InvalidCase { "UnknownInterfaceType", goodHttps, { ruleWith(4, std::nullopt) },
-            "The DNS configuration is invalid: an on-demand rule has the unknown interface type 4." },
+            "an on-demand rule has the unknown interface type 4." },
         InvalidCase { "FtpProbe", goodHttps, { ruleWith(0, QUrl(QStringLiteral("ftp://probe.test/"))) },
-            "The DNS configuration is invalid: an on-demand rule's probe URL must be an http or https "
-            "URL." }),
+            "an on-demand rule's probe URL must be an http or https URL." }),
     [](const auto &info) { return std::string(info.param.name); });
 
 class CorruptStoreTest : public LinuxDNSSettingsManagerTest,

@@ -346,6 +346,10 @@ std::optional<PlatformError> DnsSlotStore::checkDirectory(bool create) const
         return storeError(tr("There is no place for the DNS configuration: neither XDG_CONFIG_HOME nor HOME "
                              "is an absolute path, and the account has no home folder."));
     const QString directory = QFileInfo(m_path).absolutePath();
+    const auto unusable = [&](int error) {
+        return storeError(tr("The folder of the DNS configuration (%1) could not be used: %2.")
+                              .arg(directory, errnoText(error)));
+    };
     const auto unsafe = [&](const QString &why) {
         return storeError(
             tr("The folder of the DNS configuration (%1) is not safe to use: %2.").arg(directory, why));
@@ -354,26 +358,22 @@ std::optional<PlatformError> DnsSlotStore::checkDirectory(bool create) const
     {
     };
     if (::stat(nativePath(directory).constData(), &info) != 0) {
-        const int error = errno;
-        if (error != ENOENT || !create)
-            return error == ENOENT ? std::nullopt : std::optional(unsafe(errnoText(error)));
-        // Only the folder we create is made private; the parents are the user's own configuration folders.
-        if (!QDir().mkpath(QFileInfo(directory).absolutePath()))
-            return storeError(
-                tr("The folder of the DNS configuration (%1) could not be created.").arg(directory));
-        if (::mkdir(nativePath(directory).constData(), 0700) != 0 && errno != EEXIST)
-            return storeError(tr("The folder of the DNS configuration (%1) could not be created: %2.")
-                                  .arg(directory, errnoText(errno)));
-        if (::stat(nativePath(directory).constData(), &info) != 0)
-            return unsafe(errnoText(errno));
-        // mkdir's mode went through the umask.
-        if (info.st_uid == ::geteuid() && (info.st_mode & 07777) != 0700
-            && ::chmod(nativePath(directory).constData(), 0700) == 0)
-            info.st_mode = (info.st_mode & ~07777) | 0700;
+        if (errno != ENOENT || !create)
+            return errno == ENOENT ? std::nullopt : std::optional(unusable(errno));
+        // Missing folders are made private, as the XDG rules ask (mkdir's mode goes through the umask).
+        QString path;
+        for (const QString &part : directory.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+            path += QLatin1Char('/') + part;
+            if (::mkdir(nativePath(path).constData(), 0700) != 0 && errno != EEXIST)
+                return unusable(errno);
+        }
+        if (::chmod(nativePath(directory).constData(), 0700) != 0
+            || ::stat(nativePath(directory).constData(), &info) != 0)
+            return unusable(errno);
     }
     // Whoever can write to the folder can swap the configuration, and with it where every lookup goes.
     if (!S_ISDIR(info.st_mode))
-        return unsafe(tr("it is not a folder"));
+        return unusable(ENOTDIR);
     if (info.st_uid != ::geteuid())
         return unsafe(tr("it belongs to user %1, not to this user (%2)").arg(info.st_uid).arg(::geteuid()));
     if ((info.st_mode & (S_IWGRP | S_IWOTH)) != 0)
@@ -477,7 +477,8 @@ std::optional<PlatformError> DnsSlotStore::write(const DnsSlot &slot, QJsonObjec
     if (::rename(temporary.constData(), nativePath(m_path).constData()) != 0)
         return discard(errno);
     if (const int error = syncDirectory(QFileInfo(m_path).absolutePath()))
-        return failed(error);
+        return storeError(tr("The DNS configuration was written to %1 but may not survive a power cut: %2.")
+                              .arg(m_path, errnoText(error)));
     return std::nullopt;
 }
 
@@ -518,6 +519,9 @@ std::optional<PlatformError> DnsSlotStore::update(const std::function<Change(Dns
     if (info.st_uid != ::geteuid())
         return lockError(
             tr("it belongs to user %1, not to this user (%2)").arg(info.st_uid).arg(::geteuid()));
+    // Created under a strict umask, it could not be opened again.
+    if ((info.st_mode & 0600) != 0600 && ::fchmod(lock.get(), 0600) != 0)
+        return lockError(errnoText(errno));
     const QDeadlineTimer deadline(lockTimeoutMs);
     while (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR)

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace brivanta::testing {
@@ -289,7 +290,7 @@ TEST_P(StoreFailureTest, NamesItsCauseAndKeepsTheSavedFile)
             QFile::encodeName(lock).constData())
         != 0) {
         if (errno == EPERM)
-            GTEST_SKIP() << "needs root to give a file to another user";
+            GTEST_SKIP() << "needs root to arrange this case";
         FAIL() << "cannot arrange the case: " << std::strerror(errno);
     }
     const QStringList entries = QDir(folder).entryList(QDir::AllEntries | QDir::System);
@@ -345,6 +346,11 @@ INSTANTIATE_TEST_SUITE_P(Store, StoreFailureTest,
         StoreFailureCase { "Fifo", true,
             [](const char *slot, const char *, const char *) { return ::mkfifo(slot, 0600); },
             "The saved DNS configuration (<slot>) could not be read: it is a FIFO, not a regular file." },
+        StoreFailureCase { "Device", true, // the null device; making one needs root
+            [](const char *slot, const char *, const char *) {
+                return ::mknod(slot, S_IFCHR | 0600, makedev(1, 3));
+            },
+            "The saved DNS configuration (<slot>) could not be read: it is a device, not a regular file." },
         StoreFailureCase { "Folder", true,
             [](const char *slot, const char *, const char *) { return ::mkdir(slot, 0700); },
             "The saved DNS configuration (<slot>) could not be read: it is a folder, not a file." },

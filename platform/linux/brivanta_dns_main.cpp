@@ -27,15 +27,34 @@ namespace {
 constexpr int exitFailure = 1;
 constexpr int exitUsage = 2;
 
+// Control characters written out as \xHH (or \u{HHHH} beyond ASCII): what is printed comes partly from
+// files and other programs, and must not reach the terminal as escape sequences. Line breaks are kept
+// only where keepLines asks for them.
+QString printable(const QString &text, bool keepLines)
+{
+    QString result;
+    result.reserve(text.size());
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        if ((u == '\n' && keepLines) || !(u < 0x20 || (u >= 0x7f && u <= 0x9f)))
+            result += c;
+        else if (u < 0x80)
+            result += QStringLiteral("\\x%1").arg(uint(u), 2, 16, QLatin1Char('0'));
+        else
+            result += QStringLiteral("\\u{%1}").arg(uint(u), 4, 16, QLatin1Char('0'));
+    }
+    return result;
+}
+
 void out(const QString &text)
 {
-    std::fputs(text.toLocal8Bit().constData(), stdout);
+    std::fputs(printable(text, true).toLocal8Bit().constData(), stdout);
     std::fputc('\n', stdout);
 }
 
 int fail(const QString &sentence, int code = exitFailure)
 {
-    std::fputs((sentence + '\n').toLocal8Bit().constData(), stderr);
+    std::fputs((printable(sentence, false) + '\n').toLocal8Bit().constData(), stderr);
     return code;
 }
 

@@ -1,16 +1,23 @@
 #include "platform/linux/dns_slot_store.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLockFile>
-#include <QSaveFile>
-#include <QStandardPaths>
+#include <QThread>
 #include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace brivanta {
@@ -19,8 +26,10 @@ namespace {
 
 constexpr int formatVersion = 1;
 // Long enough for any writer we know of (they hold the lock for one small file write), short enough
-// that a stuck one does not hang the caller for good.
+// that a stuck one does not hang the caller for good. A holder that dies releases the lock at once.
 constexpr int lockTimeoutMs = 10000;
+// Whole-number values beyond this do not survive a double.
+constexpr double maxExactInteger = 9007199254740992.0;
 
 constexpr std::array<std::pair<NEOnDemandRule::Kind, const char *>, 4> ruleKindNames { {
     { NEOnDemandRule::Kind::Connect, "connect" },
@@ -32,6 +41,86 @@ constexpr std::array<std::pair<NEOnDemandRule::Kind, const char *>, 4> ruleKindN
 QString tr(const char *text)
 {
     return QCoreApplication::translate("DnsSlotStore", text);
+}
+
+QString errnoText(int error)
+{
+    return qt_error_string(error);
+}
+
+// Closes its descriptor when it goes.
+class FileDescriptor
+{
+public:
+    explicit FileDescriptor(int fd = -1)
+        : m_fd(fd)
+    { }
+    FileDescriptor(const FileDescriptor &) = delete;
+    FileDescriptor &operator=(const FileDescriptor &) = delete;
+    ~FileDescriptor() { reset(); }
+    int get() const { return m_fd; }
+    void reset(int fd = -1)
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+        m_fd = fd;
+    }
+    // Closes now and reports the error close itself may carry (a delayed write error on some file
+    // systems); 0 when it went well.
+    int close()
+    {
+        const int fd = std::exchange(m_fd, -1);
+        return fd >= 0 && ::close(fd) != 0 ? errno : 0;
+    }
+
+private:
+    int m_fd;
+};
+
+QByteArray nativePath(const QString &path)
+{
+    return QFile::encodeName(path);
+}
+
+// What kind of thing other than a regular file sits at a path, for the error text.
+QString fileKind(mode_t mode)
+{
+    if (S_ISDIR(mode))
+        return tr("it is a folder, not a file");
+    if (S_ISFIFO(mode))
+        return tr("it is a FIFO, not a regular file");
+    if (S_ISCHR(mode) || S_ISBLK(mode))
+        return tr("it is a device, not a regular file");
+    if (S_ISSOCK(mode))
+        return tr("it is a socket, not a regular file");
+    return tr("it is not a regular file");
+}
+
+// Why an open with O_NOFOLLOW failed, in words.
+QString openFailure(int error)
+{
+    return error == ELOOP ? tr("it is a symbolic link, which is not followed") : errnoText(error);
+}
+
+// The sync step, with a way for the tests to make it fail as a failing disk would.
+int syncFile(int fd)
+{
+#ifdef BRIVANTA_TEST_HOOKS
+    if (const int injected = qEnvironmentVariableIntValue("BRIVANTA_DNS_SLOT_SYNC_ERRNO")) {
+        errno = injected;
+        return -1;
+    }
+#endif
+    return ::fsync(fd);
+}
+
+// Syncs a folder so that a rename or unlink in it survives a power cut; 0 or the errno.
+int syncDirectory(const QString &directory)
+{
+    const FileDescriptor fd(::open(nativePath(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (fd.get() < 0)
+        return errno;
+    return syncFile(fd.get()) == 0 ? 0 : errno;
 }
 
 QJsonArray toJson(const QStringList &list)
@@ -109,8 +198,9 @@ bool readUrl(const QJsonValue &value, std::optional<QUrl> &out)
     }
     if (!value.isString())
         return false;
+    // An address that does not parse could only be written back empty.
     out = QUrl::fromEncoded(value.toString().toUtf8(), QUrl::StrictMode);
-    return true;
+    return out->isValid();
 }
 
 bool readSettings(const QJsonValue &value, NEDNSSettings &out)
@@ -155,10 +245,13 @@ bool readRule(const QJsonValue &value, NEOnDemandRule &out)
             known = true;
         }
     }
+    // Only a whole number is stored back as it was read.
     const QJsonValue interfaceType = object.value(QStringLiteral("interfaceTypeMatch"));
-    if (!known || !interfaceType.isDouble())
+    const double number = interfaceType.toDouble(0.5);
+    if (!known || !interfaceType.isDouble() || std::trunc(number) != number
+        || std::abs(number) > maxExactInteger)
         return false;
-    out.interfaceTypeMatch = interfaceType.toInteger();
+    out.interfaceTypeMatch = static_cast<qint64>(number);
     const QJsonValue ssids = object.value(QStringLiteral("ssidMatch"));
     if (ssids.isUndefined()) {
         out.ssidMatch.reset();
@@ -174,7 +267,7 @@ bool readRule(const QJsonValue &value, NEOnDemandRule &out)
 }
 
 // Empty when the document is a slot; otherwise what is wrong with it, for the error text.
-QString parseSlot(const QByteArray &data, DnsSlot &slot)
+QString parseSlot(const QByteArray &data, DnsSlot &slot, QJsonObject &stored)
 {
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(data, &parseError);
@@ -209,6 +302,7 @@ QString parseSlot(const QByteArray &data, DnsSlot &slot)
         }
     }
     slot = std::move(parsed);
+    stored = object;
     return {};
 }
 
@@ -220,8 +314,19 @@ DnsSlotStore::DnsSlotStore(QString path)
 
 QString DnsSlotStore::defaultPath()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-        + QStringLiteral("/brivanta/dns-slot.json");
+    // Relative values are ignored, as the XDG base directory rules ask.
+    QString configHome = qEnvironmentVariable("XDG_CONFIG_HOME");
+    if (!QDir::isAbsolutePath(configHome)) {
+        QString home = qEnvironmentVariable("HOME");
+        if (!QDir::isAbsolutePath(home)) {
+            const passwd *account = ::getpwuid(::geteuid());
+            home = account ? QFile::decodeName(account->pw_dir) : QString();
+        }
+        if (!QDir::isAbsolutePath(home))
+            return {};
+        configHome = home + QStringLiteral("/.config");
+    }
+    return QDir::cleanPath(configHome) + QStringLiteral("/brivanta/dns-slot.json");
 }
 
 QByteArray DnsSlotStore::configurationJson(const DnsSlot &slot)
@@ -235,21 +340,89 @@ PlatformError DnsSlotStore::storeError(const QString &description) const
         neConfigurationError::readWriteFailed, description };
 }
 
-std::optional<PlatformError> DnsSlotStore::read(DnsSlot &slot) const
+std::optional<PlatformError> DnsSlotStore::checkDirectory(bool create) const
 {
-    QFile file(m_path);
-    if (!QFileInfo::exists(m_path)) {
-        slot = DnsSlot {};
-        return std::nullopt;
+    if (!QDir::isAbsolutePath(m_path))
+        return storeError(tr("There is no place for the DNS configuration: neither XDG_CONFIG_HOME nor HOME "
+                             "is an absolute path, and the account has no home folder."));
+    const QString directory = QFileInfo(m_path).absolutePath();
+    const auto unusable = [&](int error) {
+        return storeError(tr("The folder of the DNS configuration (%1) could not be used: %2.")
+                              .arg(directory, errnoText(error)));
+    };
+    const auto unsafe = [&](const QString &why) {
+        return storeError(
+            tr("The folder of the DNS configuration (%1) is not safe to use: %2.").arg(directory, why));
+    };
+    struct stat info
+    {
+    };
+    if (::stat(nativePath(directory).constData(), &info) != 0) {
+        if (errno != ENOENT || !create)
+            return errno == ENOENT ? std::nullopt : std::optional(unusable(errno));
+        // Missing folders are made private, as the XDG rules ask (mkdir's mode goes through the umask).
+        QString path;
+        for (const QString &part : directory.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+            path += QLatin1Char('/') + part;
+            if (::mkdir(nativePath(path).constData(), 0700) != 0 && errno != EEXIST)
+                return unusable(errno);
+        }
+        if (::chmod(nativePath(directory).constData(), 0700) != 0
+            || ::stat(nativePath(directory).constData(), &info) != 0)
+            return unusable(errno);
     }
-    if (!file.open(QIODevice::ReadOnly))
-        return storeError(
-            tr("The saved DNS configuration (%1) could not be read: %2.").arg(m_path, file.errorString()));
-    const QByteArray data = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        return storeError(
-            tr("The saved DNS configuration (%1) could not be read: %2.").arg(m_path, file.errorString()));
-    const QString problem = parseSlot(data, slot);
+    // Whoever can write to the folder can swap the configuration, and with it where every lookup goes.
+    if (!S_ISDIR(info.st_mode))
+        return unusable(ENOTDIR);
+    if (info.st_uid != ::geteuid())
+        return unsafe(tr("it belongs to user %1, not to this user (%2)").arg(info.st_uid).arg(::geteuid()));
+    if ((info.st_mode & (S_IWGRP | S_IWOTH)) != 0)
+        return unsafe(tr("other users can write to it (mode %1); run “chmod go-w” on it")
+                          .arg(info.st_mode & 07777, 4, 8, QLatin1Char('0')));
+    return std::nullopt;
+}
+
+std::optional<PlatformError> DnsSlotStore::load(DnsSlot &slot, QJsonObject &stored) const
+{
+    slot = DnsSlot {};
+    stored = QJsonObject {};
+    if (auto error = checkDirectory(false))
+        return error;
+    const auto unreadable = [&](const QString &why) {
+        return storeError(tr("The saved DNS configuration (%1) could not be read: %2.").arg(m_path, why));
+    };
+    // Never blocks on a FIFO and never follows a link; what it opened is checked before a byte is read.
+    const FileDescriptor fd(
+        ::open(nativePath(m_path).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (fd.get() < 0)
+        return errno == ENOENT ? std::nullopt : std::optional(unreadable(openFailure(errno)));
+    struct stat info
+    {
+    };
+    if (::fstat(fd.get(), &info) != 0)
+        return unreadable(errnoText(errno));
+    if (!S_ISREG(info.st_mode))
+        return unreadable(fileKind(info.st_mode));
+    const QString tooLarge = tr("it is too large (more than %1 bytes)").arg(maxFileSize);
+    if (info.st_size > maxFileSize)
+        return unreadable(tooLarge);
+
+    QByteArray data;
+    char buffer[16384];
+    for (;;) {
+        const ssize_t count = ::read(fd.get(), buffer, sizeof buffer);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return unreadable(errnoText(errno));
+        if (count == 0)
+            break;
+        data.append(buffer, count);
+        // It may have grown since fstat.
+        if (data.size() > maxFileSize)
+            return unreadable(tooLarge);
+    }
+    const QString problem = parseSlot(data, slot, stored);
     if (!problem.isEmpty()) {
         return storeError(tr("The saved DNS configuration (%1) is damaged (%2); fix or delete the file.")
                               .arg(m_path, problem));
@@ -257,59 +430,119 @@ std::optional<PlatformError> DnsSlotStore::read(DnsSlot &slot) const
     return std::nullopt;
 }
 
-std::optional<PlatformError> DnsSlotStore::ensureDirectory() const
+std::optional<PlatformError> DnsSlotStore::read(DnsSlot &slot) const
 {
-    const QFileInfo info(m_path);
-    const QString directory = info.absolutePath();
-    if (QFileInfo(directory).isDir())
-        return std::nullopt;
-    // Only the folder we create is made private; the parents are the user's own configuration folders.
-    const QString parent = QFileInfo(directory).absolutePath();
-    if (!QDir().mkpath(parent)
-        || !QDir().mkdir(directory, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner)) {
-        if (!QFileInfo(directory).isDir())
-            return storeError(
-                tr("The folder of the DNS configuration (%1) could not be created.").arg(directory));
+    QJsonObject stored;
+    return load(slot, stored);
+}
+
+std::optional<PlatformError> DnsSlotStore::write(const DnsSlot &slot, QJsonObject document) const
+{
+    // Keys this version does not know stay, for the version that wrote them.
+    const QJsonObject configuration = configurationObject(slot);
+    document.remove(QStringLiteral("dnsSettings"));
+    for (auto it = configuration.begin(); it != configuration.end(); ++it)
+        document.insert(it.key(), it.value());
+    document.insert(QStringLiteral("format"), formatVersion);
+    const QByteArray bytes = QJsonDocument(document).toJson(QJsonDocument::Indented);
+
+    const auto failed = [&](int error) {
+        return storeError(
+            tr("The DNS configuration could not be written to %1: %2.").arg(m_path, errnoText(error)));
+    };
+    QByteArray temporary = nativePath(m_path) + ".XXXXXX";
+    FileDescriptor fd(::mkostemp(temporary.data(), O_CLOEXEC));
+    if (fd.get() < 0)
+        return failed(errno);
+    const auto discard = [&](int error) {
+        fd.reset();
+        ::unlink(temporary.constData());
+        return failed(error);
+    };
+    // Private before the first byte goes in, whatever the umask.
+    if (::fchmod(fd.get(), 0600) != 0)
+        return discard(errno);
+    for (qsizetype done = 0; done < bytes.size();) {
+        const ssize_t count = ::write(fd.get(), bytes.constData() + done, size_t(bytes.size() - done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return discard(count < 0 ? errno : ENOSPC);
+        done += count;
     }
+    if (syncFile(fd.get()) != 0)
+        return discard(errno);
+    if (const int error = fd.close())
+        return discard(error);
+    if (::rename(temporary.constData(), nativePath(m_path).constData()) != 0)
+        return discard(errno);
+    if (const int error = syncDirectory(QFileInfo(m_path).absolutePath()))
+        return storeError(tr("The DNS configuration was written to %1 but may not survive a power cut: %2.")
+                              .arg(m_path, errnoText(error)));
     return std::nullopt;
 }
 
-std::optional<PlatformError> DnsSlotStore::write(const DnsSlot &slot) const
+std::optional<PlatformError> DnsSlotStore::remove() const
 {
-    QJsonObject object = configurationObject(slot);
-    object.insert(QStringLiteral("format"), formatVersion);
-
-    QSaveFile file(m_path);
-    // Private before the first byte goes in: the temporary file would otherwise follow the umask.
-    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)
-        || file.write(QJsonDocument(object).toJson(QJsonDocument::Indented)) < 0 || !file.commit()) {
+    if (::unlink(nativePath(m_path).constData()) != 0 && errno != ENOENT)
         return storeError(
-            tr("The DNS configuration could not be written to %1: %2.").arg(m_path, file.errorString()));
-    }
+            tr("The DNS configuration (%1) could not be removed: %2.").arg(m_path, errnoText(errno)));
+    if (const int error = syncDirectory(QFileInfo(m_path).absolutePath()))
+        return storeError(
+            tr("The DNS configuration (%1) could not be removed: %2.").arg(m_path, errnoText(error)));
     return std::nullopt;
 }
 
 std::optional<PlatformError> DnsSlotStore::update(const std::function<Change(DnsSlot &)> &change)
 {
-    if (auto error = ensureDirectory())
+    if (auto error = checkDirectory(true))
         return error;
-    QLockFile lock(m_path + QStringLiteral(".lock"));
-    if (!lock.tryLock(lockTimeoutMs))
+
+    // A kernel lock on a file that is never deleted: it goes with the process that held it, however that
+    // process ends, and no two holders can ever hold it on different files.
+    const QString lockPath = m_path + QStringLiteral(".lock");
+    const auto lockError = [&](const QString &why) {
         return storeError(
-            tr("The DNS configuration (%1) is locked by another program; try again.").arg(m_path));
+            tr("The lock file of the DNS configuration (%1) cannot be used: %2.").arg(lockPath, why));
+    };
+    FileDescriptor lock(::open(
+        nativePath(lockPath).constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+    if (lock.get() < 0)
+        return lockError(openFailure(errno));
+    struct stat info
+    {
+    };
+    if (::fstat(lock.get(), &info) != 0)
+        return lockError(errnoText(errno));
+    if (!S_ISREG(info.st_mode))
+        return lockError(fileKind(info.st_mode));
+    if (info.st_uid != ::geteuid())
+        return lockError(
+            tr("it belongs to user %1, not to this user (%2)").arg(info.st_uid).arg(::geteuid()));
+    // Created under a strict umask, it could not be opened again.
+    if ((info.st_mode & 0600) != 0600 && ::fchmod(lock.get(), 0600) != 0)
+        return lockError(errnoText(errno));
+    const QDeadlineTimer deadline(lockTimeoutMs);
+    while (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR)
+            return lockError(errnoText(errno));
+        if (deadline.hasExpired())
+            return storeError(
+                tr("The DNS configuration (%1) is locked by another program; try again.").arg(m_path));
+        QThread::msleep(10);
+    }
 
     DnsSlot slot;
-    if (auto error = read(slot))
+    QJsonObject stored;
+    if (auto error = load(slot, stored))
         return error;
     switch (change(slot)) {
     case Change::Keep:
         return std::nullopt;
     case Change::Write:
-        return write(slot);
+        return write(slot, stored);
     case Change::Delete:
-        if (!QFile::remove(m_path) && QFileInfo::exists(m_path))
-            return storeError(tr("The DNS configuration (%1) could not be removed.").arg(m_path));
-        return std::nullopt;
+        return remove();
     }
     return std::nullopt;
 }

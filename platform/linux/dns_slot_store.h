@@ -4,6 +4,7 @@
 #include "platform/ne_on_demand_rule.h"
 #include "platform/platform_error.h"
 
+#include <QJsonObject>
 #include <QString>
 #include <functional>
 #include <optional>
@@ -28,17 +29,25 @@ struct DnsSlot
     friend bool operator==(const DnsSlot &, const DnsSlot &) = default;
 };
 
-// The DNS slot's JSON store: one file, replaced atomically, mode 0600 in a 0700 directory. Every
-// read-modify-write holds a lock file next to it, so two running copies of the application never lose
-// each other's updates. A store that cannot be read or parsed is reported, never overwritten. Thread-safe in
-// the sense that separate instances (or threads) on one path serialise through the lock file.
+// The DNS slot's JSON store: one file, mode 0600 in a 0700 directory the user owns. A write goes to a
+// temporary file that is written whole, synced and only then renamed over the old one, so a full disk or
+// a crash leaves the previous configuration as it was. Every read-modify-write holds a kernel lock
+// (flock) on a file next to it, so two running copies of the application never lose each other's updates
+// and a crashed holder never blocks the next one. A store that cannot be read or parsed is reported, never
+// overwritten; keys it does not know are kept on rewrite. Reads are capped and refuse anything that is not
+// a regular file (links, FIFOs, devices). Thread-safe in the sense that separate instances (or threads) on
+// one path serialise through the lock.
 class DnsSlotStore
 {
 public:
     explicit DnsSlotStore(QString path);
 
-    // $XDG_CONFIG_HOME/brivanta/dns-slot.json (~/.config/brivanta/dns-slot.json by default).
+    // $XDG_CONFIG_HOME/brivanta/dns-slot.json (~/.config/brivanta/dns-slot.json by default). A relative
+    // XDG_CONFIG_HOME counts as unset; without an absolute HOME the home folder of the account is used.
     static QString defaultPath();
+
+    // Larger files are refused rather than read.
+    static constexpr qint64 maxFileSize = 1024 * 1024;
 
     const QString &path() const { return m_path; }
 
@@ -55,8 +64,10 @@ public:
 
 private:
     PlatformError storeError(const QString &description) const;
-    std::optional<PlatformError> ensureDirectory() const;
-    std::optional<PlatformError> write(const DnsSlot &slot) const;
+    std::optional<PlatformError> checkDirectory(bool create) const;
+    std::optional<PlatformError> load(DnsSlot &slot, QJsonObject &document) const;
+    std::optional<PlatformError> write(const DnsSlot &slot, QJsonObject document) const;
+    std::optional<PlatformError> remove() const;
 
     QString m_path;
 };

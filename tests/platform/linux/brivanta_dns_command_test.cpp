@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QMap>
 #include <QProcess>
 
 namespace brivanta::testing {
@@ -35,6 +36,8 @@ protected:
         environment.insert(QStringLiteral("BRIVANTA_DNS_APPLY_COMMAND"),
             m_command.isEmpty() ? QStringLiteral("sh ") + helper : m_command);
         environment.insert(QStringLiteral("BRIVANTA_SYSTEM_ROOT"), configHome());
+        for (auto it = m_environment.cbegin(); it != m_environment.cend(); ++it)
+            environment.insert(it.key(), it.value());
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral(BRIVANTA_DNS_BINARY), arguments);
         EXPECT_TRUE(process.waitForFinished(30000));
@@ -53,15 +56,18 @@ protected:
     QString helperLog() const { return configHome() + QStringLiteral("/helper.log"); }
     int m_helperExit = 0;
     QString m_command;
+    QMap<QString, QString> m_environment;
 };
 
-TEST_F(BrivantaDnsCommandTest, StatusSaysWhyBlockingIsOffAndExits1)
+TEST_F(BrivantaDnsCommandTest, StatusShowsTheSavedSettingsEscapedSaysWhyBlockingIsOffAndExits1)
 {
-    saveBuiltInLike();
+    LinuxDNSSettingsManager manager(storePath());
+    manager.setDnsSettings(NEDNSOverTLSSettings { {}, QStringLiteral("a\x1b]0;x\x07 b\u009b") });
+    ASSERT_EQ(finish([&](auto done) { manager.saveToPreferences(std::move(done)); }).error, std::nullopt);
     const CommandRun result = run({ QStringLiteral("status") });
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.out.startsWith(QStringLiteral(
-        "Saved DNS settings: DNS-over-HTTPS, server URL https://dns.example.test/c7e091\nApplied: no (")))
+        "Saved DNS settings: DNS-over-TLS, server name a\\x1b]0;x\\x07 b\\u{009b}\nApplied: no (")))
         << result.out.toStdString();
     EXPECT_TRUE(result.out.endsWith(QStringLiteral("Blocking: off. Not switched on.\n")))
         << result.out.toStdString();
@@ -149,12 +155,18 @@ INSTANTIATE_TEST_SUITE_P(Command, BrivantaDnsUsageTest,
             "Pause for how long? Give 1 second to 24 hours, e.g. 90s, 5m or 1h.\n" }),
     [](const auto &info) { return std::string(info.param.name); });
 
-TEST_F(BrivantaDnsCommandTest, HelpSaysWhereTheSlotIs)
+TEST_F(BrivantaDnsCommandTest, HelpSaysWhereTheSlotIsAndARelativeConfigHomeCountsAsUnset)
 {
     const CommandRun result = run({ QStringLiteral("--help") });
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_TRUE(result.out.startsWith(QStringLiteral("Usage: brivanta-dns <command>\n")));
     EXPECT_TRUE(result.out.contains(QStringLiteral("\n  ") + storePath() + QStringLiteral("\n")));
+
+    m_environment = { { QStringLiteral("XDG_CONFIG_HOME"), QStringLiteral("relative") },
+        { QStringLiteral("HOME"), configHome() } };
+    EXPECT_TRUE(run({ QStringLiteral("--help") })
+                    .out.contains(QStringLiteral("\n  ") + configHome()
+                        + QStringLiteral("/.config/brivanta/dns-slot.json\n")));
 }
 
 } // namespace

@@ -35,6 +35,8 @@ TEST(OnDemandRuleMapping, TheKindFollowsTheActionAndTheFieldsPassAsTheyAre)
         { 3, Kind::EvaluateConnection }, { 4, Kind::Ignore } };
     for (const auto &[action, kind] : kinds)
         EXPECT_EQ(makeOnDemandRule(ruleWith(action, 0)).kind, kind) << "action " << action;
+    EXPECT_EQ(makeOnDemandRules({ ruleWith(4, 3), ruleWith(1, 2) }),
+        (std::vector { makeOnDemandRule(ruleWith(4, 3)), makeOnDemandRule(ruleWith(1, 2)) }));
 
     EXPECT_EQ(makeOnDemandRule(ruleWith(3, 3)),
         (NEOnDemandRule { NEOnDemandRule::Kind::EvaluateConnection, 3, std::nullopt,

@@ -49,6 +49,7 @@ MainViewModel::MainViewModel(Dependencies dependencies, QObject *parent)
     , m_state(std::make_shared<State>(dependencies, this))
     , m_incrementLaunchCount(std::move(dependencies.incrementLaunchCount))
     , m_makeTester(std::move(dependencies.makeTester))
+    , m_resolvers(dependencies.resolvers ? *dependencies.resolvers : builtInResolvers())
 { }
 
 MainViewModel::~MainViewModel() = default;
@@ -121,7 +122,7 @@ void MainViewModel::refresh(const std::shared_ptr<State> &state)
 void MainViewModel::addNetworkSettings()
 {
     DNSSettingsManager &manager = m_state->manager;
-    const Resolver &resolver = firstResolver(builtInResolvers());
+    const Resolver &resolver = firstResolver(m_resolvers);
     manager.setDnsSettings(makeDNSSettings(resolver.configuration));
     manager.setOnDemandRules(makeOnDemandRules(resolver.onDemandRules));
 

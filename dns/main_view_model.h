@@ -58,6 +58,8 @@ public:
         std::function<std::unique_ptr<AdBlockTester>()> makeTester;
         // None on the phone, where the user switches the configuration on in the system settings.
         SystemDnsSwitch *systemSwitch = nullptr;
+        // The profiles to install the first of; the built-in list when none.
+        const std::vector<Resolver> *resolvers = nullptr;
     };
 
     explicit MainViewModel(Dependencies dependencies, QObject *parent = nullptr);
@@ -117,6 +119,7 @@ private:
     std::shared_ptr<State> m_state;
     std::function<void()> m_incrementLaunchCount;
     std::function<std::unique_ptr<AdBlockTester>()> m_makeTester;
+    const std::vector<Resolver> &m_resolvers;
     ScenePhase m_scenePhase = ScenePhase::Active;
     std::unique_ptr<AdBlockTester> m_tester;
     QString m_statusReason;

@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
 build=build/package
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_INSTALL_PREFIX=/usr \
-    -DBRIVANTA_BUILD_TESTS=OFF -DBRIVANTA_BUILD_BENCH=OFF >/dev/null
+    -DBUILD_TESTING=OFF -DBRIVANTA_BUILD_BENCH=OFF >/dev/null
 cmake --build "$build" -j "$(nproc)"
 
 stage=$(mktemp -d)

@@ -10,14 +10,14 @@
 namespace brivanta::testing {
 
 // Holds every completion until the test releases it, on the test's thread or on a thread of its own as
-// the platform does. Records which thread started each operation; an optional hook runs as a load starts.
+// the platform does. Records which thread started each operation; an optional hook runs as each starts.
 class FakeDNSSettingsManager final : public DNSSettingsManager
 {
 public:
     enum class Operation { Load, Save, Remove };
     enum class On { ThisThread, OtherThread };
 
-    std::function<void()> onLoad;
+    std::function<void(Operation)> onStart;
 
     void loadFromPreferences(Completion completion) override
     {
@@ -116,8 +116,8 @@ private:
             m_started.push_back({ operation, std::this_thread::get_id() });
             m_pending.emplace_back(operation, std::move(completion));
         }
-        if (operation == Operation::Load && onLoad)
-            onLoad();
+        if (onStart)
+            onStart(operation);
     }
 
     mutable std::mutex m_mutex;

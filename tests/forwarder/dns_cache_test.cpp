@@ -69,23 +69,6 @@ TEST(DnsCache, AnswersAgeAndExpireWithTheirTtl)
     EXPECT_EQ(cache.bytes(), 0u);
 }
 
-TEST(DnsCache, NegativeAnswersLiveForTheSoaMinimum)
-{
-    DnsCache cache(100, 1 << 20);
-    const Query query = queryFor("gone.test");
-    // NXDOMAIN with an SOA whose TTL is 3600 and minimum 30.
-    QByteArray nx = makeReply(query, RCode::NXDomain);
-    nx[9] = 1; // one authority record
-    nx += nameFromText("test").value() + QByteArray("\x00\x06\x00\x01\x00\x00\x0e\x10\x00\x16", 10)
-        + QByteArray(1, '\0') + QByteArray(1, '\0') + QByteArray(16, '\0')
-        + QByteArray("\x00\x00\x00\x1e", 4);
-    ASSERT_TRUE(store(cache, keyFor(query), nx, t0));
-    const auto hit = cache.lookup(keyFor(query), 9, t0 + 29s);
-    ASSERT_TRUE(hit);
-    EXPECT_EQ(inspectResponse(*hit)->rcode, RCode::NXDomain);
-    EXPECT_FALSE(cache.lookup(keyFor(query), 9, t0 + 30s));
-}
-
 TEST(DnsCache, StoresNothingUncacheable)
 {
     const Query query = queryFor("a.test");

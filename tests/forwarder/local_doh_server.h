@@ -51,28 +51,39 @@ public:
         stop();
         if (!m_dir && !prepare())
             return false;
-        QStringList lines { QStringLiteral("server:"), QStringLiteral("  username: \"\""),
-            QStringLiteral("  chroot: \"\""), QStringLiteral("  directory: \"%1\"").arg(m_dir->path()),
-            QStringLiteral("  pidfile: \"\""), QStringLiteral("  use-syslog: no"),
-            QStringLiteral("  logfile: \"\""), QStringLiteral("  verbosity: 0"),
-            QStringLiteral("  num-threads: 1"), QStringLiteral("  module-config: \"iterator\""),
-            QStringLiteral("  do-not-query-localhost: yes"),
-            QStringLiteral("  access-control: 127.0.0.0/8 allow"),
-            QStringLiteral("  interface: 127.0.0.1@%1").arg(m_port),
-            QStringLiteral("  interface: 127.0.0.1@%1").arg(m_plainPort),
-            QStringLiteral("  https-port: %1").arg(m_port), QStringLiteral("  http-endpoint: \"/dns-query\""),
-            QStringLiteral("  http-max-streams: 100"),
-            QStringLiteral("  tls-service-key: \"%1\"").arg(m_dir->filePath(QStringLiteral("key.pem"))),
-            QStringLiteral("  tls-service-pem: \"%1\"").arg(caFile()),
-            QStringLiteral("  local-zone: \"test.\" static"),
-            QStringLiteral("  local-data: \"%1. 300 IN A 127.0.0.1\"").arg(QLatin1String(hostName)) };
+        QString text = QStringLiteral(R"(server:
+  username: ""
+  chroot: ""
+  directory: "%1"
+  pidfile: ""
+  use-syslog: no
+  logfile: ""
+  verbosity: 0
+  num-threads: 1
+  module-config: "iterator"
+  do-not-query-localhost: yes
+  access-control: 127.0.0.0/8 allow
+  interface: 127.0.0.1@%2
+  interface: 127.0.0.1@%3
+  https-port: %2
+  http-endpoint: "/dns-query"
+  http-max-streams: 100
+  tls-service-key: "%1/key.pem"
+  tls-service-pem: "%1/cert.pem"
+  local-zone: "test." static
+  local-data: "%4. 300 IN A 127.0.0.1"
+)")
+                           .arg(m_dir->path())
+                           .arg(m_port)
+                           .arg(m_plainPort)
+                           .arg(QLatin1String(hostName));
         for (const QString &record : localData)
-            lines << QStringLiteral("  local-data: \"%1\"").arg(record);
+            text += QStringLiteral("  local-data: \"%1\"\n").arg(record);
         const QString config = m_dir->filePath(QStringLiteral("unbound.conf"));
         QFile file(config);
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
             return false;
-        file.write(lines.join(QLatin1Char('\n')).toUtf8() + '\n');
+        file.write(text.toUtf8());
         file.close();
 
         m_process = std::make_unique<QProcess>();
@@ -104,10 +115,8 @@ public:
         m_process.reset();
     }
 
-    [[nodiscard]] qint64 pid() const { return m_process ? m_process->processId() : 0; }
     [[nodiscard]] quint16 port() const { return m_port; } // HTTPS (DoH), 127.0.0.1
     [[nodiscard]] quint16 plainPort() const { return m_plainPort; } // plain DNS, UDP and TCP, 127.0.0.1
-    [[nodiscard]] QString host() const { return QLatin1String(hostName); }
     [[nodiscard]] QString url() const
     {
         return QStringLiteral("https://%1:%2/dns-query").arg(QLatin1String(hostName)).arg(m_port);
@@ -130,6 +139,15 @@ public:
                 return port;
         }
         return 0;
+    }
+
+    static sockaddr_in loopback(quint16 port)
+    {
+        sockaddr_in address {};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        return address;
     }
 
 private:
@@ -166,15 +184,6 @@ private:
             return false;
         m_dir = std::move(dir);
         return true;
-    }
-
-    static sockaddr_in loopback(quint16 port)
-    {
-        sockaddr_in address {};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        return address;
     }
 
     // Binds and closes at once: the port the kernel gave, or 0.

@@ -46,42 +46,34 @@ TEST(ShareText, ComposesOpeningNameSpaceVersionAndBody)
         EXPECT_EQ(shareText(bundleWith(c.name, c.version)).toUtf8(), c.firstLine + shareBody);
 }
 
-TEST(ShareApp, PresentsTextThenStoreLinkOnTheRootControllerAnimated)
+TEST(ShareApp, PresentsTextThenStoreLinkOnTheRootControllerAnimatedAsAPopoverWhereThereIsOne)
 {
     const FakeBundleInfo bundle = bundleWith(QStringLiteral("Brivanta"), QStringLiteral("2.1"));
-    FakeApplicationServices application;
-    FakeViewController &root = application.addWindowSceneWithRoot();
+    for (const bool hasPopover : { false, true }) {
+        FakeApplicationServices application;
+        application.hasPopover = hasPopover;
+        FakeViewController &root = application.addWindowSceneWithRoot();
+        root.bounds = QRectF(10, 20, 1024, 700);
 
-    shareApp(bundle, application);
+        shareApp(bundle, application);
 
-    ASSERT_EQ(root.presented.size(), 1u);
-    const auto &presentation = root.presented.front();
-    EXPECT_TRUE(presentation.animated);
-    ASSERT_EQ(presentation.sheet.activityItems.size(), 2u);
-    ASSERT_TRUE(std::holds_alternative<QString>(presentation.sheet.activityItems[0]));
-    ASSERT_TRUE(std::holds_alternative<QUrl>(presentation.sheet.activityItems[1]));
-    EXPECT_EQ(std::get<QString>(presentation.sheet.activityItems[0]), shareText(bundle));
-    EXPECT_EQ(std::get<QUrl>(presentation.sheet.activityItems[1]).toString(),
-        QStringLiteral("https://%1/app/id%2").arg(build::storeHost, build::storeAppId));
-    EXPECT_FALSE(presentation.sheet.popover.has_value()); // phones have no popover to anchor
-}
-
-TEST(ShareApp, AsAPopoverFloatsAtTheCentreOfTheRootViewWithNoArrow)
-{
-    const FakeBundleInfo bundle;
-    FakeApplicationServices application;
-    application.hasPopover = true;
-    FakeViewController &root = application.addWindowSceneWithRoot();
-    root.bounds = QRectF(10, 20, 1024, 700);
-
-    shareApp(bundle, application);
-
-    ASSERT_EQ(root.presented.size(), 1u);
-    const std::optional<PopoverAnchor> &popover = root.presented.front().sheet.popover;
-    ASSERT_TRUE(popover.has_value());
-    EXPECT_EQ(popover->sourceView, &root);
-    EXPECT_EQ(popover->sourceRect, QRectF(522, 370, 0, 0));
-    EXPECT_EQ(popover->permittedArrowDirections, 0u);
+        ASSERT_EQ(root.presented.size(), 1u);
+        const auto &presentation = root.presented.front();
+        EXPECT_TRUE(presentation.animated);
+        const auto &items = presentation.sheet.activityItems;
+        ASSERT_EQ(items.size(), 2u);
+        EXPECT_EQ(std::get<QString>(items[0]), shareText(bundle));
+        EXPECT_EQ(std::get<QUrl>(items[1]).toString(),
+            QStringLiteral("https://%1/app/id%2").arg(build::storeHost, build::storeAppId));
+        const std::optional<PopoverAnchor> &popover = presentation.sheet.popover;
+        ASSERT_EQ(popover.has_value(), hasPopover);
+        if (popover) {
+            // Floating at the centre of the root view, with no arrow.
+            EXPECT_EQ(popover->sourceView, &root);
+            EXPECT_EQ(popover->sourceRect, QRectF(522, 370, 0, 0));
+            EXPECT_EQ(popover->permittedArrowDirections, 0u);
+        }
+    }
 }
 
 enum class Presenter { NoScene, OtherKindFirst, NoWindows, NoRootController };

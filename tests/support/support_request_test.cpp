@@ -80,20 +80,7 @@ TEST_F(SupportRequestTest, OpensTheEncodedMailtoLinkOnce)
         expectedBody);
 }
 
-TEST_F(SupportRequestTest, MissingBundleValuesFallBack)
-{
-    bundle.dictionary.clear();
-    bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), 3); // not a string
-
-    const SupportRequestDetails details = readSupportRequestDetails(bundle, device, locale);
-
-    EXPECT_EQ(supportSubject(details).toUtf8(), "\xF0\x9F\x9A\x80 Support Request - Unknown App");
-    const QByteArray text = supportBody(details).toUtf8();
-    EXPECT_TRUE(text.contains("I need assistance with Unknown App. Below"));
-    EXPECT_TRUE(text.contains("\n- App Name: Unknown App\n- Version: Unknown Version\n\n"));
-}
-
-TEST(SupportRequestDetails, LocaleFallBacksReachTheBody)
+TEST(SupportRequestDetails, FallBacksReachTheBody)
 {
     const struct
     {
@@ -101,6 +88,14 @@ TEST(SupportRequestDetails, LocaleFallBacksReachTheBody)
         std::function<void(GermanUser &)> change;
         const char *line;
     } cases[] = {
+        { "bundle values missing or not text",
+            [](auto &t) {
+                t.bundle.dictionary.clear();
+                t.bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), 3);
+            },
+            "I need assistance with Unknown App. Below are my app and device details:\n\n\xF0\x9F\x93\xB1 "
+            "App "
+            "Info\n- App Name: Unknown App\n- Version: Unknown Version\n\n" },
         { "no preferred language", [](auto &t) { t.locale.languages.clear(); },
             "\n- Language: Unknown\n- Country: Germany " },
         { "language without an English name",

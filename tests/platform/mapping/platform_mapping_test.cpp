@@ -1,4 +1,4 @@
-#include "model/built_in_resolvers.h"
+#include "model/resolver.h"
 #include "platform/platform_mapping.h"
 
 #include <csignal>
@@ -16,14 +16,6 @@ OnDemandRule ruleWith(qint64 action, qint64 interfaceType, QStringList ssids = {
         { QStringLiteral("10.0.0.1"), QStringLiteral("10.0.0.2") }, probe);
 }
 
-TEST(DNSSettingsMapping, BuiltInProfileGivesHTTPSSettingsWithOnlyTheEndpointAndNoRules)
-{
-    const Resolver &profile = builtInResolvers().front();
-    EXPECT_EQ(makeDNSSettings(profile.configuration),
-        NEDNSSettings(NEDNSOverHTTPSSettings { {}, QUrl(QStringLiteral("https://dns.nextdns.io/c7e091")) }));
-    EXPECT_TRUE(makeOnDemandRules(profile.onDemandRules).empty());
-}
-
 TEST(DNSSettingsMapping, TLSPassesServersInOrderAndAnAbsentNameAsNil)
 {
     const QStringList servers { QStringLiteral("9.9.9.9"), QStringLiteral("1.1.1.1") };
@@ -36,17 +28,16 @@ TEST(DNSSettingsMapping, TLSPassesServersInOrderAndAnAbsentNameAsNil)
         NEDNSSettings(NEDNSOverHTTPSSettings { servers, std::nullopt }));
 }
 
-TEST(OnDemandRuleMapping, TheKindFollowsTheAction)
+TEST(OnDemandRuleMapping, TheKindFollowsTheActionAndTheFieldsPassAsTheyAre)
 {
     using Kind = NEOnDemandRule::Kind;
-    const std::pair<qint64, Kind> cases[] = { { 1, Kind::Connect }, { 2, Kind::Disconnect },
+    const std::pair<qint64, Kind> kinds[] = { { 1, Kind::Connect }, { 2, Kind::Disconnect },
         { 3, Kind::EvaluateConnection }, { 4, Kind::Ignore } };
-    for (const auto &[action, kind] : cases)
+    for (const auto &[action, kind] : kinds)
         EXPECT_EQ(makeOnDemandRule(ruleWith(action, 0)).kind, kind) << "action " << action;
-}
+    EXPECT_EQ(makeOnDemandRules({ ruleWith(4, 3), ruleWith(1, 2) }),
+        (std::vector { makeOnDemandRule(ruleWith(4, 3)), makeOnDemandRule(ruleWith(1, 2)) }));
 
-TEST(OnDemandRuleMapping, FieldsPassAsTheyAreEmptyListsAndAnAbsentProbeIncluded)
-{
     EXPECT_EQ(makeOnDemandRule(ruleWith(3, 3)),
         (NEOnDemandRule { NEOnDemandRule::Kind::EvaluateConnection, 3, std::nullopt,
             { QStringLiteral("corp.example") }, { QStringLiteral("10.0.0.1"), QStringLiteral("10.0.0.2") },
@@ -71,13 +62,6 @@ TEST(OnDemandRuleMapping, TheSSIDListIsSetOnlyForAnyAndWiFiEvenWhenEmpty)
         EXPECT_EQ(rule.interfaceTypeMatch, c.interfaceType);
         EXPECT_EQ(rule.ssidMatch, c.expected) << "interface type " << c.interfaceType;
     }
-}
-
-TEST(OnDemandRuleMapping, RulesKeepTheirCountAndOrder)
-{
-    const std::vector<OnDemandRule> rules { ruleWith(4, 3), ruleWith(1, 2), ruleWith(2, 1) };
-    EXPECT_EQ(makeOnDemandRules(rules),
-        (std::vector { makeOnDemandRule(rules[0]), makeOnDemandRule(rules[1]), makeOnDemandRule(rules[2]) }));
 }
 
 TEST(OnDemandRuleMappingDeathTest, AnActionOutsideOneToFourStopsTheProcessSilently)

@@ -42,14 +42,6 @@ TEST_F(SettingsPreferencesTest, TheCounterSurvivesIntoANewStore)
     EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), 4);
 }
 
-TEST_F(SettingsPreferencesTest, KeepsTheWholeSigned64BitRange)
-{
-    SettingsPreferences(fileName).setInteger(std::numeric_limits<std::int64_t>::min(), key);
-    EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), std::numeric_limits<std::int64_t>::min());
-    SettingsPreferences(fileName).setInteger(std::numeric_limits<std::int64_t>::max(), key);
-    EXPECT_EQ(SettingsPreferences(fileName).integerForKey(key), std::numeric_limits<std::int64_t>::max());
-}
-
 TEST_F(SettingsPreferencesTest, AValueThatIsNotAnIntegerReadsZeroAndIsOverwrittenByOne)
 {
     for (const char *damaged : { "five", "2.5", "", "99999999999999999999", "0x10" }) {

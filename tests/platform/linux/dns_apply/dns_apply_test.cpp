@@ -103,6 +103,22 @@ void PrintTo(const Machine &machine, std::ostream *out)
 
 const QString endpoint = QStringLiteral("https://dns.example/q");
 
+// A file, a directory (a trailing "/") or a symlink ("->target") under root.
+void makeEntry(const QString &root, const QString &path, const QByteArray &contents)
+{
+    const QString full = root + path;
+    QDir().mkpath(path.endsWith(QLatin1Char('/')) ? full : QFileInfo(full).absolutePath());
+    if (contents.startsWith("->")) {
+        ASSERT_EQ(::symlink(contents.mid(2).constData(), QFile::encodeName(full).constData()), 0);
+    } else if (!path.endsWith(QLatin1Char('/'))) {
+        QFile file(full);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(contents);
+        file.close();
+        ::chmod(QFile::encodeName(full).constData(), 0640);
+    }
+}
+
 class DnsApplyTest : public ::testing::TestWithParam<Machine>
 {
 protected:
@@ -115,20 +131,7 @@ protected:
         before = snapshot();
     }
 
-    void make(const QString &path, const QByteArray &contents)
-    {
-        const QString full = root.path() + path;
-        QDir().mkpath(path.endsWith(QLatin1Char('/')) ? full : QFileInfo(full).absolutePath());
-        if (contents.startsWith("->")) {
-            ASSERT_EQ(::symlink(contents.mid(2).constData(), QFile::encodeName(full).constData()), 0);
-        } else if (!path.endsWith(QLatin1Char('/'))) {
-            QFile file(full);
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-            file.write(contents);
-            file.close();
-            ::chmod(QFile::encodeName(full).constData(), 0640);
-        }
-    }
+    void make(const QString &path, const QByteArray &contents) { makeEntry(root.path(), path, contents); }
 
     QByteArray read(const QString &path) const
     {
@@ -317,17 +320,8 @@ TEST(DnsApplyDetection, StackAndPreviousServersComeFromTheRunningResolver)
     };
     for (const Case &c : cases) {
         QTemporaryDir root;
-        for (const auto &[path, contents] : c.files) {
-            const QString full = root.path() + path;
-            QDir().mkpath(QFileInfo(full).absolutePath());
-            if (contents.startsWith("->")) {
-                ASSERT_EQ(::symlink(contents.mid(2).constData(), QFile::encodeName(full).constData()), 0);
-            } else {
-                QFile file(full);
-                ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-                file.write(contents);
-            }
-        }
+        for (const auto &[path, contents] : c.files)
+            makeEntry(root.path(), path, contents);
         RecordingSystem system;
         const DnsApply apply(DnsApplyPaths(root.path()), system);
         SCOPED_TRACE(QStringList(c.servers).join(' ').toStdString());

@@ -1,0 +1,28 @@
+#include "ui/ui_harness.h"
+
+#include <QGuiApplication>
+#include <gtest/gtest.h>
+
+namespace brivanta::testing {
+namespace {
+
+// The application's state reaches the model through the main screen: only a return to the foreground
+// reads the status again.
+TEST(ScenePhaseWiring, ReturningToTheForegroundRefreshesTheStatus)
+{
+    UiHarness ui;
+    ui.start();
+    ui.leaveOnboarding();
+    const auto loads = [&] { return ui.dnsSettingsManager.count(FakeDNSSettingsManager::Operation::Load); };
+    const int before = loads();
+    ASSERT_GE(before, 1) << "the main screen did not appear";
+
+    emit qGuiApp->applicationStateChanged(Qt::ApplicationInactive);
+    emit qGuiApp->applicationStateChanged(Qt::ApplicationHidden);
+    EXPECT_EQ(loads(), before);
+    emit qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+    EXPECT_EQ(loads(), before + 1);
+}
+
+} // namespace
+} // namespace brivanta::testing

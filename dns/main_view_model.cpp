@@ -1,6 +1,7 @@
 #include "dns/main_view_model.h"
 
 #include "model/built_in_resolvers.h"
+#include "model/fatal.h"
 #include "platform/console.h"
 #include "platform/dns_settings_manager.h"
 #include "platform/environment.h"
@@ -11,7 +12,6 @@
 #include <QCoreApplication>
 #include <QPointer>
 #include <QVariantMap>
-#include <cstdlib>
 #include <thread>
 
 namespace brivanta {
@@ -81,7 +81,7 @@ void MainViewModel::setFlag(const std::shared_ptr<State> &state, std::atomic<boo
 const Resolver &MainViewModel::firstResolver(const std::vector<Resolver> &resolvers)
 {
     if (resolvers.empty())
-        std::abort();
+        fatal("the resolver list is empty");
     return resolvers.front();
 }
 

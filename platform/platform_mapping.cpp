@@ -1,6 +1,6 @@
 #include "platform/platform_mapping.h"
 
-#include <cstdlib>
+#include "model/fatal.h"
 
 namespace brivanta {
 
@@ -28,7 +28,7 @@ NEOnDemandRule::Kind ruleKind(NEOnDemandRuleAction action)
         return NEOnDemandRule::Kind::Ignore;
     default:
         // Decoding keeps any integer, but no platform rule class stands for it.
-        std::abort();
+        fatal("no on-demand rule class for this action value");
     }
 }
 

@@ -4,6 +4,7 @@
 // backends the views draw. The singletons are the objects attached to the engine (ViewServices).
 
 #include "dns/main_view_model.h"
+#include "model/fatal.h"
 #include "platform/qt/desktop_device.h"
 #include "platform/qt/desktop_rating_prompt.h"
 #include "platform/qt/desktop_share_sheet.h"
@@ -20,7 +21,7 @@ template <typename T> T *attachedSingleton(QQmlEngine *engine, T *ViewServices::
 {
     T *object = ViewServices::of(engine).*member;
     if (!object)
-        qFatal("A view singleton was not attached to the QML engine");
+        fatal("A view singleton was not attached to the QML engine");
     // The application owns it; the engine must never delete it.
     QJSEngine::setObjectOwnership(object, QJSEngine::CppOwnership);
     return object;

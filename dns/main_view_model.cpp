@@ -203,16 +203,6 @@ void MainViewModel::switchOn()
     });
 }
 
-AdBlockTester *MainViewModel::tester()
-{
-    if (!m_tester) {
-        m_tester = m_makeTester();
-        connect(m_tester.get(), &AdBlockTester::resultsChanged, this, &MainViewModel::resultsChanged);
-        connect(m_tester.get(), &AdBlockTester::overallScoreChanged, this, &MainViewModel::scoreChanged);
-    }
-    return m_tester.get();
-}
-
 void MainViewModel::setScenePhase(ScenePhase phase)
 {
     if (phase == m_scenePhase)
@@ -232,7 +222,14 @@ void MainViewModel::onAppear()
 
 void MainViewModel::runTest()
 {
-    tester()->runTest();
+    // Made here rather than in a getter: until the first run the screen shows no results and a score of
+    // 0, which is what a fresh tester holds.
+    if (!m_tester) {
+        m_tester = m_makeTester();
+        connect(m_tester.get(), &AdBlockTester::resultsChanged, this, &MainViewModel::resultsChanged);
+        connect(m_tester.get(), &AdBlockTester::overallScoreChanged, this, &MainViewModel::scoreChanged);
+    }
+    m_tester->runTest();
 }
 
 // The button's title and the row labels are localisation keys: the English text is the key, and the
@@ -253,24 +250,24 @@ bool MainViewModel::addButtonEnabled() const
     return !isSettingsAdded();
 }
 
-bool MainViewModel::hasResults()
+bool MainViewModel::hasResults() const
 {
-    return !tester()->results().empty();
+    return m_tester && !m_tester->results().empty();
 }
 
-QString MainViewModel::scoreText()
+QString MainViewModel::scoreText() const
 {
-    return scoreTextFor(tester()->overallScore());
+    return scoreTextFor(m_tester ? m_tester->overallScore() : 0);
 }
 
-bool MainViewModel::isScoreGood()
+bool MainViewModel::isScoreGood() const
 {
-    return isScoreGoodFor(tester()->overallScore());
+    return isScoreGoodFor(m_tester ? m_tester->overallScore() : 0);
 }
 
-QVariantList MainViewModel::resultRows()
+QVariantList MainViewModel::resultRows() const
 {
-    return resultRowsFor(tester()->results());
+    return m_tester ? resultRowsFor(m_tester->results()) : QVariantList();
 }
 
 QString MainViewModel::scoreTextFor(qint64 overallScore)

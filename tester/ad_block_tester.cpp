@@ -123,14 +123,6 @@ void AdBlockTester::runTest()
     });
 }
 
-QVariantMap AdBlockTester::resultsForQml() const
-{
-    QVariantMap map;
-    for (const auto &[entry, blocked] : m_results)
-        map.insert(entry, blocked);
-    return map;
-}
-
 void AdBlockTester::storeResult(const QString &entry, bool blocked)
 {
     m_results[entry] = blocked;

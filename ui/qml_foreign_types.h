@@ -8,7 +8,6 @@
 #include "platform/qt/desktop_device.h"
 #include "platform/qt/desktop_rating_prompt.h"
 #include "platform/qt/desktop_share_sheet.h"
-#include "tester/ad_block_tester.h"
 #include "ui/support_actions.h"
 #include "ui/view_services.h"
 
@@ -39,14 +38,6 @@ public:
     {
         return attachedSingleton(engine, &ViewServices::Objects::mainViewModel);
     }
-};
-
-struct AdBlockTesterForeign
-{
-    Q_GADGET
-    QML_FOREIGN(brivanta::AdBlockTester)
-    QML_NAMED_ELEMENT(AdBlockTester)
-    QML_UNCREATABLE("the main screen's model makes it")
 };
 
 // The device, whose idiom follows the window's width: the views' tablet test.

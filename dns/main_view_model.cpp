@@ -9,7 +9,6 @@
 #include "platform/platform_mapping.h"
 #include "platform/system_dns_switch.h"
 
-#include <QCoreApplication>
 #include <QPointer>
 #include <QVariantMap>
 #include <thread>
@@ -232,11 +231,9 @@ void MainViewModel::runTest()
     m_tester->runTest();
 }
 
-// The button's title and the row labels are localisation keys: the English text is the key, and the
-// view looks it up (qsTr) when it draws.
 QString MainViewModel::addButtonTitle() const
 {
-    return isSettingsAdded() ? QStringLiteral("Settings Added") : QStringLiteral("Add Network Settings");
+    return isSettingsAdded() ? tr("Settings Added") : tr("Add Network Settings");
 }
 
 QString MainViewModel::addButtonSymbol() const
@@ -272,10 +269,8 @@ QVariantList MainViewModel::resultRows() const
 
 QString MainViewModel::scoreTextFor(qint64 overallScore)
 {
-    // The whole line is one localisation key with the number in it, so it is looked up here, not by the
-    // view; without a translation it is the English text.
-    return QCoreApplication::translate("MainView", "Blocking Score: %1%")
-        .arg(QString::asprintf("%lld", static_cast<long long>(overallScore)));
+    // One translatable line with the number in it: German puts a space before the percent sign.
+    return tr("Blocking Score: %1%").arg(QString::asprintf("%lld", static_cast<long long>(overallScore)));
 }
 
 bool MainViewModel::isScoreGoodFor(qint64 overallScore)
@@ -293,8 +288,7 @@ QVariantList MainViewModel::resultRowsFor(const std::map<QString, bool> &results
         rows.append(QVariantMap {
             { QStringLiteral("host"), host },
             { QStringLiteral("blocked"), blocked },
-            { QStringLiteral("label"),
-                blocked ? QStringLiteral("✅ Blocked") : QStringLiteral("❌ Not Blocked") },
+            { QStringLiteral("label"), blocked ? tr("✅ Blocked") : tr("❌ Not Blocked") },
         });
     }
     return rows;

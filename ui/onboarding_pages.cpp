@@ -16,7 +16,7 @@ QVariantList OnboardingPages::pages() const
 
 QString OnboardingPages::buttonTitle(int currentPage, int pageCount)
 {
-    return currentPage == pageCount - 1 ? QStringLiteral("Get Started") : QStringLiteral("Next");
+    return currentPage == pageCount - 1 ? tr("Get Started") : tr("Next");
 }
 
 int OnboardingPages::pageAfterPress(int currentPage, int pageCount)

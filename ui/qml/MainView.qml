@@ -14,10 +14,6 @@ Item {
     // What the cards' frosted glass blurs.
     readonly property Item blurBackdrop: backdrop
 
-    // Keys of the add button's faces and the result labels, which the model yields.
-    readonly property var modelKeys: [QT_TR_NOOP("Add Network Settings"), QT_TR_NOOP("Settings Added"),
-        QT_TR_NOOP("✅ Blocked"), QT_TR_NOOP("❌ Not Blocked")]
-
     Rectangle {
         id: backdrop
         anchors.fill: parent
@@ -105,7 +101,7 @@ Item {
 
                     ActionButton {
                         objectName: "addButton"
-                        title: qsTr(MainViewModel.addButtonTitle)
+                        title: MainViewModel.addButtonTitle
                         icon: MainViewModel.addButtonSymbol
                         enabled: MainViewModel.addButtonEnabled
                         action: () => MainViewModel.addNetworkSettings()

@@ -15,7 +15,7 @@
 
 namespace brivanta {
 
-// What the platform's completions may touch. They hold it by shared_ptr, never the model itself, so a
+// What the seams' completions may touch. They hold it by shared_ptr, never the model itself, so a
 // model destroyed while a call is under way is never reached. The flags are atomic because the removal
 // completion refreshes the status on its own thread; their change notifications still reach the model
 // on the main thread only.
@@ -126,7 +126,7 @@ void MainViewModel::addNetworkSettings()
 
     manager.saveToPreferences([state = m_state](std::optional<PlatformError> error) {
         if (error) {
-            // The platform answers a save of what it already holds with code 9; that is no failure.
+            // The phone platform answers a save of what it already holds with code 9: no failure.
             if (error->domain == QLatin1String(neConfigurationErrorDomain) && error->code == 9)
                 return;
             state->console.printLine(error->localizedDescription.toStdString());

@@ -40,7 +40,7 @@ NEOnDemandRule makeOnDemandRule(const OnDemandRule &rule)
     platformRule.kind = ruleKind(rule.action);
     platformRule.interfaceTypeMatch = rule.interfaceType.rawValue;
     // Only "any" and Wi-Fi take an SSID list, even an empty one; every other type keeps the
-    // platform's default of no list.
+    // phone platform's default of no list.
     if (rule.interfaceType == NEOnDemandRuleInterfaceType::any
         || rule.interfaceType == NEOnDemandRuleInterfaceType::wiFi)
         platformRule.ssidMatch = rule.ssidMatch;

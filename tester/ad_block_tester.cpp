@@ -35,7 +35,7 @@ QStringList productTestDomains()
     };
 }
 
-// The platform's URL parser rejects what QUrl would accept leniently, and a probe needs a host.
+// The phone platform's URL parser rejects what QUrl would accept leniently, and a probe needs a host.
 bool parses(const QUrl &url)
 {
     return url.isValid() && !url.scheme().isEmpty() && !url.host().isEmpty();

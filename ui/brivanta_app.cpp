@@ -21,7 +21,7 @@ void BrivantaApp::configure()
     QCoreApplication::setOrganizationDomain(QStringLiteral("brivanta.app"));
     QGuiApplication::setDesktopFileName(QStringLiteral("brivanta"));
 
-    // Inter (Debian's fonts-inter) is the closest open relative of the platform's text face; without
+    // Inter (Debian's fonts-inter) is the closest open relative of the phone platform's text face; without
     // it the system's sans-serif stands in.
     QFont font = QGuiApplication::font();
     font.setFamilies({ QStringLiteral("Inter"), font.family() });

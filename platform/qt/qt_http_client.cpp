@@ -86,10 +86,10 @@ public:
         , m_redirectsLeft(maximumRedirects)
         , m_completion(std::move(completion))
     {
-        // The platform's timeout (and QNetworkRequest::setTransferTimeout) restarts with every byte, so a
-        // host that trickles its headers or streams a body forever would keep the request open without
-        // end. This deadline counts from the start of the request, redirects included, and cuts it off
-        // whatever arrives.
+        // The phone platform's timeout (and QNetworkRequest::setTransferTimeout) restarts with every byte, so
+        // a host that trickles its headers or streams a body forever would keep the request open without end.
+        // This deadline counts from the start of the request, redirects included, and cuts it off whatever
+        // arrives.
         m_deadline.setSingleShot(true);
         m_deadline.setTimerType(Qt::PreciseTimer);
         connect(&m_deadline, &QTimer::timeout, this, [this] {
@@ -148,7 +148,7 @@ private:
 
     // Redirects are followed here rather than by the loader, whose own following re-sends requests on
     // kept-alive connections. Every http(s) target is taken, https -> http included: a probe sends
-    // nothing private and reads no body, and the platform's loader follows downgrades too. A redirect
+    // nothing private and reads no body, and the phone platform's loader follows downgrades too. A redirect
     // without a usable target is the final response.
     std::optional<QUrl> redirectTarget(int status) const
     {

@@ -279,7 +279,7 @@ TEST_F(MainViewModelTest, RemovalWithoutSettingsDoesNothing)
 
 TEST_F(MainViewModelTest, OffMainThreadFlagWriteNotifiesOnTheMainThread)
 {
-    // Only in a simulator does the removal's own refresh write the flag, on the platform's thread.
+    // Only in a simulator does the removal's own refresh write the flag, on the slot's completion thread.
     environment.variables = { { "SIMULATOR_DEVICE_NAME", "" } };
     manager.setDnsSettings(NEDNSOverTLSSettings { {}, QStringLiteral("dns.test") });
     std::vector<std::thread::id> notifiedOn;

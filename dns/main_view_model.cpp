@@ -1,3 +1,21 @@
+// How the main screen's model works. QML reads its properties and calls its actions; every rule (which
+// title, which colour, what a failure does) is decided here. Each operation starts on the main thread and
+// ends in a completion that the DNS slot or the system switch calls on a thread of its own. QML may
+// destroy the model while a call is in flight, so completions never hold the model: they hold a shared
+// State (the seams, two atomic flags, a QPointer back to the model) and hop to the main queue before they
+// notify or touch a QObject.
+//
+// Paths and threads:
+//   refreshStatus       main -> load completion (slot thread) -> main queue: isBlockingEnabled, reason
+//   addNetworkSettings  main -> save completion (slot thread) -> main queue: isSettingsAdded, refresh
+//                       a failed save -> removal, from the slot thread
+//   removeDNSSettings   main or slot thread -> removal completion (slot thread) -> refresh, directly: it
+//                       only starts a load, whose completion hops by itself. This one direct call is why
+//                       the flags are atomic.
+//   switchOn            main -> switch completion (its thread) -> main queue: isSwitchingOn, then reason
+//                       or refresh
+//   runTest             main; the tester reports on the main thread.
+
 #include "dns/main_view_model.h"
 
 #include "model/built_in_resolvers.h"

@@ -1,5 +1,12 @@
 #pragma once
 
+// How the application services seam works. It mirrors the phone platform's object graph on purpose:
+// application -> connected scenes -> window scene -> windows -> root view controller, which presents the
+// share sheet. The rules in support/ (which scene presents, when a share sheet needs a popover anchor) are
+// written against that graph, so the same code drives the phone platform, the Qt backend
+// (DesktopApplicationServices: one scene, the app's window, an in-app share sheet and rating prompt) and
+// the fakes in tests. Main thread only.
+
 #include <QRectF>
 #include <QString>
 #include <QUrl>

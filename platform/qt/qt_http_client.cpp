@@ -1,3 +1,14 @@
+// How the Qt HTTP client works. QNetworkAccessManager belongs to the thread that made it, and completions
+// are meant to run off the main thread, as the phone platform's loader runs them; so the client owns a
+// QThread with a Worker on it, and dataTask() only posts the request there. Each request becomes a Probe
+// that follows redirects itself (see redirectTarget), completes on the final response's headers without
+// reading the body (the tester only asks whether a host answered), and completes exactly once: headers,
+// end of reply, or a deadline counted from dataTask(). Qt's errors are mapped to NSURLError codes so that
+// the lines the app prints read the same on every backend.
+//
+// Threads: dataTask() on any thread; Probe, QNetworkReply signals and the completion on the worker thread.
+// The destructor deletes the worker on its thread (blocking), which drops unfinished probes silently.
+
 #include "platform/qt/qt_http_client.h"
 
 #include <QDeadlineTimer>

@@ -15,6 +15,8 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QLocale>
+#include <QTranslator>
 #include <QUrlQuery>
 #include <QXmlStreamReader>
 #include <gtest/gtest.h>

@@ -20,12 +20,12 @@ Popup {
     x: (parent.width - width) / 2
     y: Math.max(0, (parent.height - implicitHeight) / 2)
 
-    onClosed: DesktopRatingPrompt.dismiss()
+    onClosed: RatingPrompt.dismiss()
 
     Connections {
-        target: DesktopRatingPrompt
+        target: RatingPrompt
         function onVisibleChanged() {
-            if (DesktopRatingPrompt.visible)
+            if (RatingPrompt.visible)
                 prompt.open()
             else
                 prompt.close()
@@ -82,7 +82,7 @@ Popup {
             text: qsTr("Write a Review")
             padding: 12
             Layout.fillWidth: true
-            onClicked: DesktopRatingPrompt.openReview()
+            onClicked: RatingPrompt.openReview()
             contentItem: Text {
                 text: reviewButton.text
                 color: Theme.white

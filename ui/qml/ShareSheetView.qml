@@ -11,8 +11,8 @@ Popup {
     id: sheet
     objectName: "shareSheet"
 
-    readonly property bool centred: DesktopShareSheet.centred
-    readonly property rect anchorRect: DesktopShareSheet.sourceRect
+    readonly property bool centred: ShareSheet.centred
+    readonly property rect anchorRect: ShareSheet.sourceRect
 
     parent: T.Overlay.overlay
     modal: true
@@ -26,12 +26,12 @@ Popup {
     // height put it.
     y: Math.max(0, centred ? anchorRect.y - implicitHeight / 2 : parent.height - implicitHeight)
 
-    onClosed: DesktopShareSheet.dismiss()
+    onClosed: ShareSheet.dismiss()
 
     Connections {
-        target: DesktopShareSheet
+        target: ShareSheet
         function onVisibleChanged() {
-            if (DesktopShareSheet.visible)
+            if (ShareSheet.visible)
                 sheet.open()
             else
                 sheet.close()
@@ -61,14 +61,14 @@ Popup {
         }
         EmojiLabel {
             objectName: "shareText"
-            plainText: DesktopShareSheet.text
+            plainText: ShareSheet.text
             font.pixelSize: Theme.subheadline
             wrapMode: Text.Wrap
             Layout.fillWidth: true
         }
         Text {
             objectName: "shareLink"
-            text: DesktopShareSheet.urlText
+            text: ShareSheet.urlText
             color: Theme.blue
             font.pixelSize: Theme.subheadline
             wrapMode: Text.WrapAnywhere
@@ -112,13 +112,13 @@ Popup {
                 objectName: "copyButton"
                 symbol: "doc.on.doc"
                 text: qsTr("Copy")
-                onClicked: DesktopShareSheet.copyToClipboard()
+                onClicked: ShareSheet.copyToClipboard()
             }
             SheetButton {
                 objectName: "emailButton"
                 symbol: "envelope.fill"
                 text: qsTr("Send by E-mail")
-                onClicked: DesktopShareSheet.sendByEmail()
+                onClicked: ShareSheet.sendByEmail()
             }
             SheetButton {
                 objectName: "closeShareButton"

@@ -112,6 +112,11 @@ BrivantaApp::BrivantaApp(QGuiApplication &application)
 
 BrivantaApp::~BrivantaApp() = default;
 
+bool BrivantaApp::hasViews() const
+{
+    return m_parts->m_window->status() != QQuickView::Error;
+}
+
 void BrivantaApp::show()
 {
     m_parts->m_window->show();

@@ -24,6 +24,8 @@ public:
     explicit BrivantaApp(QGuiApplication &application);
     ~BrivantaApp();
 
+    // False when the views failed to load; Qt has printed the QML errors by then.
+    [[nodiscard]] bool hasViews() const;
     void show();
 
 private:

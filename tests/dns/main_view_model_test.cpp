@@ -311,7 +311,7 @@ TEST_F(MainViewModelTest, CompletionsArrivingAfterTheModelIsGoneTouchNothingOfIt
 
 TEST(MainViewModelDeathTest, EmptyBuiltInListIsFatal)
 {
-    EXPECT_DEATH(MainViewModel::firstResolver({}), "");
+    EXPECT_DEATH(MainViewModel::firstResolver({}), "the resolver list is empty");
 }
 
 // Screen state

@@ -77,7 +77,8 @@ TEST(OnboardingButtonRule, TitleAndPress)
 TEST(InstructionStepsTableDeathTest, AnIndexAboveThreeIsFatal)
 {
     EXPECT_DEATH(InstructionSteps::text(4), "");
-    EXPECT_DEATH(InstructionSteps::symbol(std::numeric_limits<int>::max()), "");
+    EXPECT_DEATH(
+        InstructionSteps::symbol(std::numeric_limits<int>::max()), "integer overflow in an addition");
 }
 
 TEST(SymbolTable, EverySymbolTheViewsNameHasAnImage)

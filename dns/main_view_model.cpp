@@ -1,6 +1,25 @@
+// How the main screen's model works. QML reads its properties and calls its actions; every rule (which
+// title, which colour, what a failure does) is decided here. Each operation starts on the main thread and
+// ends in a completion that the DNS slot or the system switch calls on a thread of its own. QML may
+// destroy the model while a call is in flight, so completions never hold the model: they hold a shared
+// State (the seams, two atomic flags, a QPointer back to the model) and hop to the main queue before they
+// notify or touch a QObject.
+//
+// Paths and threads:
+//   refreshStatus       main -> load completion (slot thread) -> main queue: isBlockingEnabled, reason
+//   addNetworkSettings  main -> save completion (slot thread) -> main queue: isSettingsAdded, refresh
+//                       a failed save -> removal, from the slot thread
+//   removeDNSSettings   main or slot thread -> removal completion (slot thread) -> refresh, directly: it
+//                       only starts a load, whose completion hops by itself. This one direct call is why
+//                       the flags are atomic.
+//   switchOn            main -> switch completion (its thread) -> main queue: isSwitchingOn, then reason
+//                       or refresh
+//   runTest             main; the tester reports on the main thread.
+
 #include "dns/main_view_model.h"
 
 #include "model/built_in_resolvers.h"
+#include "model/fatal.h"
 #include "platform/console.h"
 #include "platform/dns_settings_manager.h"
 #include "platform/environment.h"
@@ -8,15 +27,13 @@
 #include "platform/platform_mapping.h"
 #include "platform/system_dns_switch.h"
 
-#include <QCoreApplication>
 #include <QPointer>
 #include <QVariantMap>
-#include <cstdlib>
 #include <thread>
 
 namespace brivanta {
 
-// What the platform's completions may touch. They hold it by shared_ptr, never the model itself, so a
+// What the seams' completions may touch. They hold it by shared_ptr, never the model itself, so a
 // model destroyed while a call is under way is never reached. The flags are atomic because the removal
 // completion refreshes the status on its own thread; their change notifications still reach the model
 // on the main thread only.
@@ -82,7 +99,7 @@ void MainViewModel::setFlag(const std::shared_ptr<State> &state, std::atomic<boo
 const Resolver &MainViewModel::firstResolver(const std::vector<Resolver> &resolvers)
 {
     if (resolvers.empty())
-        std::abort();
+        fatal("the resolver list is empty");
     return resolvers.front();
 }
 
@@ -128,7 +145,7 @@ void MainViewModel::addNetworkSettings()
 
     manager.saveToPreferences([state = m_state](std::optional<PlatformError> error) {
         if (error) {
-            // The platform answers a save of what it already holds with code 9; that is no failure.
+            // The phone platform answers a save of what it already holds with code 9: no failure.
             if (error->domain == QLatin1String(neConfigurationErrorDomain) && error->code == 9)
                 return;
             state->console.printLine(error->localizedDescription.toStdString());
@@ -204,16 +221,6 @@ void MainViewModel::switchOn()
     });
 }
 
-AdBlockTester *MainViewModel::tester()
-{
-    if (!m_tester) {
-        m_tester = m_makeTester();
-        connect(m_tester.get(), &AdBlockTester::resultsChanged, this, &MainViewModel::resultsChanged);
-        connect(m_tester.get(), &AdBlockTester::overallScoreChanged, this, &MainViewModel::scoreChanged);
-    }
-    return m_tester.get();
-}
-
 void MainViewModel::setScenePhase(ScenePhase phase)
 {
     if (phase == m_scenePhase)
@@ -233,14 +240,19 @@ void MainViewModel::onAppear()
 
 void MainViewModel::runTest()
 {
-    tester()->runTest();
+    // Made here rather than in a getter: until the first run the screen shows no results and a score of
+    // 0, which is what a fresh tester holds.
+    if (!m_tester) {
+        m_tester = m_makeTester();
+        connect(m_tester.get(), &AdBlockTester::resultsChanged, this, &MainViewModel::resultsChanged);
+        connect(m_tester.get(), &AdBlockTester::overallScoreChanged, this, &MainViewModel::scoreChanged);
+    }
+    m_tester->runTest();
 }
 
-// The button's title and the row labels are localisation keys: the English text is the key, and the
-// view looks it up (qsTr) when it draws.
 QString MainViewModel::addButtonTitle() const
 {
-    return isSettingsAdded() ? QStringLiteral("Settings Added") : QStringLiteral("Add Network Settings");
+    return isSettingsAdded() ? tr("Settings Added") : tr("Add Network Settings");
 }
 
 QString MainViewModel::addButtonSymbol() const
@@ -254,32 +266,30 @@ bool MainViewModel::addButtonEnabled() const
     return !isSettingsAdded();
 }
 
-bool MainViewModel::hasResults()
+bool MainViewModel::hasResults() const
 {
-    return !tester()->results().empty();
+    return m_tester && !m_tester->results().empty();
 }
 
-QString MainViewModel::scoreText()
+QString MainViewModel::scoreText() const
 {
-    return scoreTextFor(tester()->overallScore());
+    return scoreTextFor(m_tester ? m_tester->overallScore() : 0);
 }
 
-bool MainViewModel::isScoreGood()
+bool MainViewModel::isScoreGood() const
 {
-    return isScoreGoodFor(tester()->overallScore());
+    return isScoreGoodFor(m_tester ? m_tester->overallScore() : 0);
 }
 
-QVariantList MainViewModel::resultRows()
+QVariantList MainViewModel::resultRows() const
 {
-    return resultRowsFor(tester()->results());
+    return m_tester ? resultRowsFor(m_tester->results()) : QVariantList();
 }
 
 QString MainViewModel::scoreTextFor(qint64 overallScore)
 {
-    // The whole line is one localisation key with the number in it, so it is looked up here, not by the
-    // view; without a translation it is the English text.
-    return QCoreApplication::translate("MainView", "Blocking Score: %1%")
-        .arg(QString::asprintf("%lld", static_cast<long long>(overallScore)));
+    // One translatable line with the number in it: German puts a space before the percent sign.
+    return tr("Blocking Score: %1%").arg(QString::asprintf("%lld", static_cast<long long>(overallScore)));
 }
 
 bool MainViewModel::isScoreGoodFor(qint64 overallScore)
@@ -297,8 +307,7 @@ QVariantList MainViewModel::resultRowsFor(const std::map<QString, bool> &results
         rows.append(QVariantMap {
             { QStringLiteral("host"), host },
             { QStringLiteral("blocked"), blocked },
-            { QStringLiteral("label"),
-                blocked ? QStringLiteral("✅ Blocked") : QStringLiteral("❌ Not Blocked") },
+            { QStringLiteral("label"), blocked ? tr("✅ Blocked") : tr("❌ Not Blocked") },
         });
     }
     return rows;

@@ -26,8 +26,6 @@ class MainViewModel : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(bool isBlockingEnabled READ isBlockingEnabled NOTIFY isBlockingEnabledChanged)
-    Q_PROPERTY(bool isSettingsAdded READ isSettingsAdded NOTIFY isSettingsAddedChanged)
-    Q_PROPERTY(brivanta::AdBlockTester *tester READ tester CONSTANT)
     Q_PROPERTY(ScenePhase scenePhase READ scenePhase WRITE setScenePhase NOTIFY scenePhaseChanged)
     Q_PROPERTY(QString addButtonTitle READ addButtonTitle NOTIFY isSettingsAddedChanged)
     Q_PROPERTY(QString addButtonSymbol READ addButtonSymbol NOTIFY isSettingsAddedChanged)
@@ -54,7 +52,7 @@ public:
         const Environment &environment;
         Console &console;
         std::function<void()> incrementLaunchCount;
-        // Called once, on first use of the tester.
+        // Called once, on the first test run.
         std::function<std::unique_ptr<AdBlockTester>()> makeTester;
         // None on the phone, where the user switches the configuration on in the system settings.
         SystemDnsSwitch *systemSwitch = nullptr;
@@ -65,22 +63,23 @@ public:
     explicit MainViewModel(Dependencies dependencies, QObject *parent = nullptr);
     ~MainViewModel() override;
 
-    bool isBlockingEnabled() const;
-    bool isSettingsAdded() const;
-    AdBlockTester *tester();
-    ScenePhase scenePhase() const { return m_scenePhase; }
+    [[nodiscard]] bool isBlockingEnabled() const;
+    [[nodiscard]] bool isSettingsAdded() const;
+    // None before the first test run.
+    [[nodiscard]] AdBlockTester *tester() const { return m_tester.get(); }
+    [[nodiscard]] ScenePhase scenePhase() const { return m_scenePhase; }
     void setScenePhase(ScenePhase phase);
 
-    QString addButtonTitle() const;
-    QString addButtonSymbol() const;
-    bool addButtonEnabled() const;
-    bool hasResults();
-    QString scoreText();
-    bool isScoreGood();
-    QVariantList resultRows();
-    bool canSwitchOn() const;
-    QString statusReason() const { return m_statusReason; }
-    bool isSwitchingOn() const { return m_isSwitchingOn; }
+    [[nodiscard]] QString addButtonTitle() const;
+    [[nodiscard]] QString addButtonSymbol() const;
+    [[nodiscard]] bool addButtonEnabled() const;
+    [[nodiscard]] bool hasResults() const;
+    [[nodiscard]] QString scoreText() const;
+    [[nodiscard]] bool isScoreGood() const;
+    [[nodiscard]] QVariantList resultRows() const;
+    [[nodiscard]] bool canSwitchOn() const;
+    [[nodiscard]] QString statusReason() const { return m_statusReason; }
+    [[nodiscard]] bool isSwitchingOn() const { return m_isSwitchingOn; }
     // Asks for authorisation and switches the saved configuration on for the machine; refreshes after.
     Q_INVOKABLE void switchOn();
 

@@ -1,6 +1,7 @@
 // libFuzzer entry for the text form of a profile list. Beyond "never crashes", it checks that a list
 // which decodes survives a round trip through its text form unchanged, and that the byte and text
 // entry points agree.
+#include "model/fatal.h"
 #include "model/json_form.h"
 #include "model/resolver.h"
 #include "model/resolver_list.h"
@@ -10,7 +11,6 @@
 #include <QStringDecoder>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 using namespace brivanta;
 
@@ -27,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (!utf8.hasError()) {
         const std::optional<std::vector<Resolver>> fromText = resolversFromRawValue(text);
         if (fromText.has_value() != list.has_value() || (list && *fromText != *list))
-            std::abort();
+            fatal("the byte and text decoders disagree");
     }
 
     if (!list)
@@ -35,10 +35,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const QString encoded = rawValue(*list);
     const std::optional<std::vector<Resolver>> again = resolversFromRawValue(encoded);
     if (!again || *again != *list)
-        std::abort();
+        fatal("a decoded list does not survive a round trip through its text form");
     for (std::size_t i = 0; i < list->size(); ++i) {
         if (qHash((*list)[i]) != qHash((*again)[i]))
-            std::abort();
+            fatal("a round-tripped profile hashes differently");
     }
     return 0;
 }

@@ -1,3 +1,14 @@
+// How the JSON form works. Encoding builds an nlohmann::ordered_json, so keys come out in field order
+// (QJsonObject would sort them) and 64-bit integers stay exact; decoding parses a plain nlohmann::json and
+// finds keys by name. There is one encode() and one decode() overload per record; decode() takes a Tag<T>
+// because a return type alone cannot pick an overload. A fault at any depth throws a file-local
+// EncodingFailure or DecodingFailure, which the two public entry points catch and turn into "no value", so
+// a half-built record never escapes. Nesting is measured in one pass before parsing, so no input can drive
+// the parser's recursion deep.
+//
+// The Linux backends read and write their own small state files with QJsonDocument, where key order and
+// integer width do not matter; the model's records go through here only.
+
 #include "model/json_form.h"
 
 #include "model/configuration.h"

@@ -19,7 +19,7 @@ template <typename T> QByteArray encodeJSON(const T &value);
 // gives no value; there is never a partial result and nothing is thrown.
 template <typename T> std::optional<T> decodeJSON(QByteArrayView utf8);
 
-// Deepest nesting of arrays and objects that decoding reads; the platform's own reader stops there too.
+// Deepest nesting of arrays and objects that decoding reads; the phone platform's own reader stops there too.
 inline constexpr int maxJSONDepth = 512;
 
 } // namespace brivanta

@@ -8,7 +8,7 @@
 
 namespace brivanta {
 
-// The platform's on-demand rule action: an integer enumeration in which every integer is a value.
+// The phone platform's on-demand rule action: an integer enumeration in which every integer is a value.
 // Values outside the known four are kept as they are and show as "Unknown".
 struct NEOnDemandRuleAction
 {

@@ -8,7 +8,7 @@
 
 namespace brivanta {
 
-// The platform's on-demand interface type: an integer enumeration in which every integer is a value.
+// The phone platform's on-demand interface type: an integer enumeration in which every integer is a value.
 // Ethernet (1) is a valid stored value but is not offered as a choice and shows as "Unknown".
 struct NEOnDemandRuleInterfaceType
 {

@@ -13,7 +13,7 @@
 
 namespace brivanta {
 
-// When the platform applies a profile. The id only gives the rule its identity in a list; equality is
+// When the phone platform applies a profile. The id only gives the rule its identity in a list; equality is
 // over every field.
 struct OnDemandRule
 {

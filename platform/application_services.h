@@ -1,5 +1,12 @@
 #pragma once
 
+// How the application services seam works. It mirrors the phone platform's object graph on purpose:
+// application -> connected scenes -> window scene -> windows -> root view controller, which presents the
+// share sheet. The rules in support/ (which scene presents, when a share sheet needs a popover anchor) are
+// written against that graph, so the same code drives the phone platform, the Qt backend
+// (DesktopApplicationServices: one scene, the app's window, an in-app share sheet and rating prompt) and
+// the fakes in tests. Main thread only.
+
 #include <QRectF>
 #include <QString>
 #include <QUrl>
@@ -25,7 +32,7 @@ enum PopoverArrowDirection : unsigned {
 // One item handed to the share sheet: a text or a link (kept as a link, not as text).
 using ActivityItem = std::variant<QString, QUrl>;
 
-// Anchoring of the share sheet where the platform shows it as a popover.
+// Anchoring of the share sheet where the phone platform shows it as a popover.
 struct PopoverAnchor
 {
     ViewController *sourceView = nullptr; // the controller whose view anchors the popover
@@ -37,7 +44,7 @@ struct PopoverAnchor
 struct ShareSheet
 {
     std::vector<ActivityItem> activityItems;
-    // Set by the caller only when the platform presents share sheets as popovers.
+    // Set by the caller only when the phone platform presents share sheets as popovers.
     std::optional<PopoverAnchor> popover;
 };
 
@@ -85,7 +92,7 @@ public:
     virtual ~ApplicationServices() = default;
     // Hands the URL to the system (browser, mail app, store); the outcome is not reported.
     virtual void openURL(const QUrl &url) = 0;
-    // The connected scenes in the platform's own iteration order; may be empty.
+    // The connected scenes in the phone platform's own iteration order; may be empty.
     virtual std::vector<Scene *> connectedScenes() const = 0;
     // Whether share sheets are shown as popovers (tablets), which then need an anchor.
     virtual bool shareSheetHasPopover() const = 0;

@@ -8,7 +8,7 @@ namespace brivanta {
 class Device
 {
 public:
-    // The platform's raw idiom values; only the tablet test matters to the app.
+    // The phone platform's raw idiom values; only the tablet test matters to the app.
     static constexpr int phoneIdiom = 0;
     static constexpr int tabletIdiom = 1;
 

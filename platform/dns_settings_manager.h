@@ -10,7 +10,7 @@
 
 namespace brivanta {
 
-// The application's one DNS settings slot (the platform's shared NEDNSSettingsManager). The application
+// The application's one DNS settings slot (the phone platform's shared NEDNSSettingsManager). The application
 // entry makes exactly one and hands it to whoever needs it. Properties may be read from any thread.
 class DNSSettingsManager
 {

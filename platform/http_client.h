@@ -9,7 +9,7 @@
 
 namespace brivanta {
 
-// The loader's error domain and the codes the backends report in it (the platform's own values, so a
+// The loader's error domain and the codes the backends report in it (the phone platform's own values, so a
 // description written to the console reads the same everywhere).
 inline constexpr const char *nsURLErrorDomain = "NSURLErrorDomain";
 
@@ -28,7 +28,7 @@ enum NSURLErrorCode : qint64 {
     NSURLErrorServerCertificateUntrusted = -1202,
 };
 
-// A GET request as the platform's URLRequest describes it.
+// A GET request as the phone platform's URLRequest describes it.
 struct HttpRequest
 {
     enum class CachePolicy {

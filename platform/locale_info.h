@@ -15,7 +15,7 @@ public:
     virtual QStringList preferredLanguages() const = 0;
     // The current locale's region code ("DE", "US", "419"), nothing when the locale has no region.
     virtual std::optional<QString> regionCode() const = 0;
-    // Display names in English; nothing when the platform has no name for the identifier.
+    // Display names in English; nothing when the phone platform (or Qt) has no name.
     virtual std::optional<QString> englishNameForLanguage(const QString &languageIdentifier) const = 0;
     virtual std::optional<QString> englishNameForRegion(const QString &regionCode) const = 0;
 };

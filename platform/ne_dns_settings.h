@@ -9,7 +9,7 @@
 
 namespace brivanta {
 
-// Stand-ins for the platform's DNS settings classes: exactly what is handed to the DNS slot.
+// Stand-ins for the phone platform's DNS settings classes: exactly what is handed to the DNS slot.
 struct NEDNSOverTLSSettings
 {
     QStringList servers;
@@ -26,7 +26,7 @@ struct NEDNSOverHTTPSSettings
     friend bool operator==(const NEDNSOverHTTPSSettings &, const NEDNSOverHTTPSSettings &) = default;
 };
 
-// The platform's NEDNSSettings base: one of the two kinds.
+// The phone platform's NEDNSSettings base: one of the two kinds.
 using NEDNSSettings = std::variant<NEDNSOverTLSSettings, NEDNSOverHTTPSSettings>;
 
 } // namespace brivanta

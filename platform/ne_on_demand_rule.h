@@ -8,7 +8,7 @@
 
 namespace brivanta {
 
-// Stand-in for the platform's NEOnDemandRule and its four kinds.
+// Stand-in for the phone platform's NEOnDemandRule and its four kinds.
 struct NEOnDemandRule
 {
     enum class Kind { Connect, Disconnect, EvaluateConnection, Ignore };

@@ -4,7 +4,7 @@
 
 namespace brivanta {
 
-// An error as the platform reports it across its seam.
+// An error as the phone platform reports it, carried across a seam.
 struct PlatformError
 {
     QString domain;

@@ -1,6 +1,6 @@
 #include "platform/platform_mapping.h"
 
-#include <cstdlib>
+#include "model/fatal.h"
 
 namespace brivanta {
 
@@ -28,7 +28,7 @@ NEOnDemandRule::Kind ruleKind(NEOnDemandRuleAction action)
         return NEOnDemandRule::Kind::Ignore;
     default:
         // Decoding keeps any integer, but no platform rule class stands for it.
-        std::abort();
+        fatal("no on-demand rule class for this action value");
     }
 }
 
@@ -40,7 +40,7 @@ NEOnDemandRule makeOnDemandRule(const OnDemandRule &rule)
     platformRule.kind = ruleKind(rule.action);
     platformRule.interfaceTypeMatch = rule.interfaceType.rawValue;
     // Only "any" and Wi-Fi take an SSID list, even an empty one; every other type keeps the
-    // platform's default of no list.
+    // phone platform's default of no list.
     if (rule.interfaceType == NEOnDemandRuleInterfaceType::any
         || rule.interfaceType == NEOnDemandRuleInterfaceType::wiFi)
         platformRule.ssidMatch = rule.ssidMatch;

@@ -9,11 +9,11 @@
 
 namespace brivanta {
 
-// The platform's DNS settings for a configuration. Whatever the record holds is passed on; it is the
-// platform's save that judges it.
+// The phone platform's DNS settings for a configuration. Whatever the record holds is passed on; it is the
+// phone platform's save that judges it.
 NEDNSSettings makeDNSSettings(const Configuration &configuration);
 
-// The platform's rule for an on-demand rule. The id and name stay behind. An action outside 1 to 4
+// The phone platform's rule for an on-demand rule. The id and name stay behind. An action outside 1 to 4
 // stops the process.
 NEOnDemandRule makeOnDemandRule(const OnDemandRule &rule);
 

@@ -1,11 +1,9 @@
 #include "support/launch_counter.h"
 
+#include "model/checked_int.h"
 #include "platform/application_services.h"
 #include "platform/preferences.h"
 #include "support/open_link.h"
-
-#include <cstdlib>
-#include <limits>
 
 namespace brivanta {
 
@@ -13,9 +11,7 @@ void incrementLaunchCount(Preferences &preferences, ApplicationServices &applica
 {
     const QString key = QString::fromLatin1(launchCountKey);
     const std::int64_t count = preferences.integerForKey(key);
-    if (count == std::numeric_limits<std::int64_t>::max())
-        std::abort();
-    const std::int64_t newCount = count + 1;
+    const std::int64_t newCount = checkedAdd(count, std::int64_t { 1 });
     // Stored before anything else is decided, so a skipped prompt is never retried early.
     preferences.setInteger(newCount, key);
 

@@ -1,11 +1,10 @@
 #include "support/share_and_rate.h"
 
+#include "model/fatal.h"
 #include "platform/application_services.h"
 #include "support/bundle_string.h"
 #include "support/open_link.h"
 #include "support/store_links.h"
-
-#include <cstdlib>
 
 namespace brivanta {
 
@@ -29,7 +28,7 @@ void shareApp(const BundleInfo &bundle, ApplicationServices &application, const 
 {
     const std::optional<QUrl> storePage = makeURL(storePageLink);
     if (!storePage)
-        std::abort(); // a build constant; it cannot fail to parse in a correct build
+        fatal("the store page link does not parse"); // a build constant: only a broken build gets here
     ShareSheet sheet { { shareText(bundle), *storePage }, std::nullopt };
 
     WindowScene *scene = presentingWindowScene(application);

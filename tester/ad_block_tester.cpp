@@ -1,5 +1,7 @@
 #include "tester/ad_block_tester.h"
 
+#include "model/checked_int.h"
+#include "model/fatal.h"
 #include "platform/http_client.h"
 #include "platform/main_queue.h"
 #include "tester/dispatch_group.h"
@@ -8,8 +10,6 @@
 #include <QUrl>
 #include <chrono>
 #include <cmath>
-#include <cstdlib>
-#include <limits>
 
 namespace brivanta {
 
@@ -35,7 +35,7 @@ QStringList productTestDomains()
     };
 }
 
-// The platform's URL parser rejects what QUrl would accept leniently, and a probe needs a host.
+// The phone platform's URL parser rejects what QUrl would accept leniently, and a probe needs a host.
 bool parses(const QUrl &url)
 {
     return url.isValid() && !url.scheme().isEmpty() && !url.host().isEmpty();
@@ -72,10 +72,10 @@ qint64 AdBlockTester::blockingScore(qint64 blocked, qint64 total)
     // The order of operations is part of the result: 2 of 3 gives 66 and 29 of 100 gives 28.
     const double score = static_cast<double>(blocked) / static_cast<double>(total) * 100.0;
     if (!std::isfinite(score))
-        std::abort();
+        fatal("blocking score of an empty test run");
     const double truncated = std::trunc(score);
     if (truncated < -0x1p63 || truncated >= 0x1p63)
-        std::abort();
+        fatal("blocking score out of range");
     return static_cast<qint64>(truncated);
 }
 
@@ -108,11 +108,8 @@ void AdBlockTester::runTest()
                         const bool blocked = isBlocked(outcome);
                         if (self)
                             self->storeResult(entry, blocked);
-                        if (blocked) {
-                            if (*blockedCount == std::numeric_limits<qint64>::max())
-                                std::abort();
-                            ++*blockedCount;
-                        }
+                        if (blocked)
+                            *blockedCount = checkedAdd(*blockedCount, qint64 { 1 });
                         group->leave();
                     });
             });
@@ -124,14 +121,6 @@ void AdBlockTester::runTest()
         if (self)
             self->publishScore(score);
     });
-}
-
-QVariantMap AdBlockTester::resultsForQml() const
-{
-    QVariantMap map;
-    for (const auto &[entry, blocked] : m_results)
-        map.insert(entry, blocked);
-    return map;
 }
 
 void AdBlockTester::storeResult(const QString &entry, bool blocked)

@@ -3,7 +3,6 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QVariantMap>
 #include <map>
 #include <memory>
 
@@ -21,8 +20,6 @@ class MainQueue;
 class AdBlockTester : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(QVariantMap results READ resultsForQml NOTIFY resultsChanged)
-    Q_PROPERTY(qint64 overallScore READ overallScore NOTIFY overallScoreChanged)
 
 public:
     AdBlockTester(HttpClient &httpClient, MainQueue &mainQueue, QObject *parent = nullptr);
@@ -36,13 +33,13 @@ public:
     static qint64 blockingScore(qint64 blocked, qint64 total);
 
     // Test entry text (scheme included) -> blocked.
-    const std::map<QString, bool> &results() const { return m_results; }
-    qint64 overallScore() const { return m_overallScore; }
-    const QStringList &testDomains() const { return m_testDomains; }
+    [[nodiscard]] const std::map<QString, bool> &results() const { return m_results; }
+    [[nodiscard]] qint64 overallScore() const { return m_overallScore; }
+    [[nodiscard]] const QStringList &testDomains() const { return m_testDomains; }
 
     // Starts one request per entry and returns at once. Runs may overlap: each counts its own outcomes
     // and publishes its own score when its last outcome is in.
-    Q_INVOKABLE void runTest();
+    void runTest();
 
 signals:
     void resultsChanged();
@@ -51,7 +48,6 @@ signals:
 private:
     AdBlockTester(HttpClient &httpClient, MainQueue &mainQueue, QStringList testDomains, QObject *parent);
 
-    QVariantMap resultsForQml() const;
     void storeResult(const QString &entry, bool blocked);
     void publishScore(qint64 score);
 

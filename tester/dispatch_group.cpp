@@ -1,24 +1,22 @@
 #include "tester/dispatch_group.h"
 
+#include "model/checked_int.h"
+#include "model/fatal.h"
 #include "platform/main_queue.h"
 
-#include <cstdlib>
-#include <limits>
 #include <utility>
 
 namespace brivanta {
 
 void DispatchGroup::enter()
 {
-    if (m_count == std::numeric_limits<qint64>::max())
-        std::abort();
-    ++m_count;
+    m_count = checkedAdd(m_count, qint64 { 1 });
 }
 
 void DispatchGroup::leave()
 {
     if (m_count == 0)
-        std::abort();
+        fatal("DispatchGroup::leave() without a matching enter()");
     --m_count;
     submitIfDrained();
 }

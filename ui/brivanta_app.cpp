@@ -1,17 +1,54 @@
 #include "ui/brivanta_app.h"
 
 #include "brivanta_build_config.h"
+#include "dns/main_view_model.h"
+#include "platform/linux/linux_dns_settings_manager.h"
 #include "platform/linux/machine_info.h"
+#include "platform/qt/application_bundle_info.h"
+#include "platform/qt/desktop_application_services.h"
+#include "platform/qt/desktop_device.h"
+#include "platform/qt/desktop_rating_prompt.h"
+#include "platform/qt/desktop_share_sheet.h"
+#include "platform/qt/process_environment.h"
+#include "platform/qt/qt_http_client.h"
+#include "platform/qt/qt_locale_info.h"
+#include "platform/qt/qt_main_queue.h"
 #include "platform/qt/scene_graph_backend.h"
+#include "platform/qt/settings_preferences.h"
+#include "platform/qt/stdout_console.h"
 #include "support/launch_counter.h"
 #include "support/store_links.h"
 #include "ui/content_window.h"
+#include "ui/support_actions.h"
 
 #include <QFont>
 #include <QGuiApplication>
 #include <QLocale>
+#include <QTranslator>
 
 namespace brivanta {
+
+struct BrivantaApp::Parts
+{
+    explicit Parts(QGuiApplication &application);
+
+    QTranslator m_translator;
+    QtMainQueue m_mainQueue;
+    ProcessEnvironment m_environment;
+    StdoutConsole m_console;
+    LinuxDNSSettingsManager m_dnsSettingsManager;
+    QtHttpClient m_httpClient;
+    SettingsPreferences m_preferences;
+    ApplicationBundleInfo m_bundle;
+    QtLocaleInfo m_locale;
+    DesktopDevice m_device;
+    DesktopShareSheet m_shareSheet;
+    DesktopRatingPrompt m_ratingPrompt;
+    DesktopApplicationServices m_application;
+    MainViewModel m_mainViewModel;
+    SupportActions m_supportActions;
+    std::unique_ptr<ContentWindow> m_window;
+};
 
 void BrivantaApp::configure()
 {
@@ -21,7 +58,7 @@ void BrivantaApp::configure()
     QCoreApplication::setOrganizationDomain(QStringLiteral("brivanta.app"));
     QGuiApplication::setDesktopFileName(QStringLiteral("brivanta"));
 
-    // Inter (Debian's fonts-inter) is the closest open relative of the platform's text face; without
+    // Inter (Debian's fonts-inter) is the closest open relative of the phone platform's text face; without
     // it the system's sans-serif stands in.
     QFont font = QGuiApplication::font();
     font.setFamilies({ QStringLiteral("Inter"), font.family() });
@@ -37,7 +74,7 @@ bool BrivantaApp::installTranslator(QCoreApplication &application, QTranslator &
     return application.installTranslator(&translator);
 }
 
-BrivantaApp::BrivantaApp(QGuiApplication &application)
+BrivantaApp::Parts::Parts(QGuiApplication &application)
     : m_mainQueue(&application)
     , m_device(linuxMachineModel(), linuxOsRelease().name, linuxOsRelease().version)
     , m_ratingPrompt(QUrl(appReviewLink()))
@@ -69,11 +106,20 @@ BrivantaApp::BrivantaApp(QGuiApplication &application)
     m_application.setWindow(m_window.get());
 }
 
+BrivantaApp::BrivantaApp(QGuiApplication &application)
+    : m_parts(std::make_unique<Parts>(application))
+{ }
+
 BrivantaApp::~BrivantaApp() = default;
+
+bool BrivantaApp::hasViews() const
+{
+    return m_parts->m_window->status() != QQuickView::Error;
+}
 
 void BrivantaApp::show()
 {
-    m_window->show();
+    m_parts->m_window->show();
 }
 
 } // namespace brivanta

@@ -1,30 +1,13 @@
 #pragma once
 
-#include "dns/main_view_model.h"
-#include "platform/linux/linux_dns_settings_manager.h"
-#include "platform/qt/application_bundle_info.h"
-#include "platform/qt/desktop_application_services.h"
-#include "platform/qt/desktop_device.h"
-#include "platform/qt/desktop_rating_prompt.h"
-#include "platform/qt/desktop_share_sheet.h"
-#include "platform/qt/process_environment.h"
-#include "platform/qt/qt_http_client.h"
-#include "platform/qt/qt_locale_info.h"
-#include "platform/qt/qt_main_queue.h"
-#include "platform/qt/settings_preferences.h"
-#include "platform/qt/stdout_console.h"
-#include "ui/support_actions.h"
-
-#include <QTranslator>
 #include <memory>
 
 class QCoreApplication;
 class QGuiApplication;
 class QLocale;
+class QTranslator;
 
 namespace brivanta {
-
-class ContentWindow;
 
 // The application: picks the real backends, once, hands them to the logic, and shows ContentView in
 // its one window.
@@ -41,25 +24,15 @@ public:
     explicit BrivantaApp(QGuiApplication &application);
     ~BrivantaApp();
 
+    // False when the views failed to load; Qt has printed the QML errors by then.
+    [[nodiscard]] bool hasViews() const;
     void show();
 
 private:
-    QTranslator m_translator;
-    QtMainQueue m_mainQueue;
-    ProcessEnvironment m_environment;
-    StdoutConsole m_console;
-    LinuxDNSSettingsManager m_dnsSettingsManager;
-    QtHttpClient m_httpClient;
-    SettingsPreferences m_preferences;
-    ApplicationBundleInfo m_bundle;
-    QtLocaleInfo m_locale;
-    DesktopDevice m_device;
-    DesktopShareSheet m_shareSheet;
-    DesktopRatingPrompt m_ratingPrompt;
-    DesktopApplicationServices m_application;
-    MainViewModel m_mainViewModel;
-    SupportActions m_supportActions;
-    std::unique_ptr<ContentWindow> m_window;
+    // The backends and what is built on them, defined beside the constructor so that this header names
+    // no backend.
+    struct Parts;
+    std::unique_ptr<Parts> m_parts;
 };
 
 } // namespace brivanta

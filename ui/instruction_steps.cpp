@@ -1,7 +1,9 @@
 #include "ui/instruction_steps.h"
 
+#include "model/checked_int.h"
+#include "model/fatal.h"
+
 #include <array>
-#include <cstdlib>
 
 namespace brivanta {
 
@@ -36,16 +38,13 @@ int InstructionSteps::count()
 QString InstructionSteps::text(int index)
 {
     if (index < 0 || index >= count())
-        std::abort();
+        fatal("instruction step index out of range");
     return QString::fromUtf8(steps[static_cast<size_t>(index)]);
 }
 
 QString InstructionSteps::symbol(int index)
 {
-    int number = 0;
-    if (__builtin_add_overflow(index, 1, &number))
-        std::abort();
-    return QString::number(number) + QStringLiteral(".circle.fill");
+    return QString::number(checkedAdd(index, 1)) + QStringLiteral(".circle.fill");
 }
 
 } // namespace brivanta

@@ -1,7 +1,8 @@
 #include "ui/onboarding_page.h"
 
+#include "model/fatal.h"
+
 #include <QHashFunctions>
-#include <cstdlib>
 
 namespace brivanta {
 
@@ -57,7 +58,7 @@ const std::vector<OnboardingPage> &onboardingPages()
 const OnboardingPage &onboardingPage(const std::vector<OnboardingPage> &pages, qsizetype index)
 {
     if (index < 0 || static_cast<size_t>(index) >= pages.size())
-        std::abort();
+        fatal("onboarding page index out of range");
     return pages[static_cast<size_t>(index)];
 }
 

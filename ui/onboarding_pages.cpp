@@ -1,7 +1,8 @@
 #include "ui/onboarding_pages.h"
 
+#include "model/checked_int.h"
+
 #include <QVariant>
-#include <cstdlib>
 
 namespace brivanta {
 
@@ -15,18 +16,14 @@ QVariantList OnboardingPages::pages() const
 
 QString OnboardingPages::buttonTitle(int currentPage, int pageCount)
 {
-    return currentPage == pageCount - 1 ? QStringLiteral("Get Started") : QStringLiteral("Next");
+    return currentPage == pageCount - 1 ? tr("Get Started") : tr("Next");
 }
 
 int OnboardingPages::pageAfterPress(int currentPage, int pageCount)
 {
     // Equality labels the button, "below" advances: a selection past the end ends the onboarding.
-    if (currentPage < pageCount - 1) {
-        int next = 0;
-        if (__builtin_add_overflow(currentPage, 1, &next))
-            std::abort();
-        return next;
-    }
+    if (currentPage < pageCount - 1)
+        return checkedAdd(currentPage, 1);
     return -1;
 }
 

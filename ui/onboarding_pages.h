@@ -22,7 +22,8 @@ public:
 
     QVariantList pages() const;
 
-    // The button's title key: "Get Started" on the last index, "Next" on any other (even past the end).
+    // The button's title, translated: "Get Started" on the last index, "Next" on any other (even past the
+    // end).
     Q_INVOKABLE static QString buttonTitle(int currentPage, int pageCount);
     // What a press does: the next index while below the last one, else -1, which ends the onboarding.
     // Overflow of the index is fatal.

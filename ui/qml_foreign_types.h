@@ -1,13 +1,19 @@
 #pragma once
 
-// The QML faces of objects made outside this module: the main screen's model and tester, and the desktop
-// backends the views draw. The singletons are the objects attached to the engine (ViewServices).
+// How the views reach C++ objects made outside this module. QML_FOREIGN gives a type that does not know
+// about QML (the main screen's model, the support actions, and the Qt backends the views draw: device,
+// share sheet, rating prompt) a QML name, registered by qt_add_qml_module like any QML_ELEMENT, with no
+// qmlRegister... call. The names are neutral (Device, ShareSheet, RatingPrompt), so the views never
+// depend on which backend is behind them. Each is a singleton whose create() makes nothing: it returns
+// the object the application attached to this engine (ViewServices), so tests can run many engines, each
+// with its own objects. Asking on an engine without them stops the process, rather than leaving a view
+// that silently draws nothing.
 
 #include "dns/main_view_model.h"
+#include "model/fatal.h"
 #include "platform/qt/desktop_device.h"
 #include "platform/qt/desktop_rating_prompt.h"
 #include "platform/qt/desktop_share_sheet.h"
-#include "tester/ad_block_tester.h"
 #include "ui/support_actions.h"
 #include "ui/view_services.h"
 
@@ -20,7 +26,7 @@ template <typename T> T *attachedSingleton(QQmlEngine *engine, T *ViewServices::
 {
     T *object = ViewServices::of(engine).*member;
     if (!object)
-        qFatal("A view singleton was not attached to the QML engine");
+        fatal("A view singleton was not attached to the QML engine");
     // The application owns it; the engine must never delete it.
     QJSEngine::setObjectOwnership(object, QJSEngine::CppOwnership);
     return object;
@@ -38,14 +44,6 @@ public:
     {
         return attachedSingleton(engine, &ViewServices::Objects::mainViewModel);
     }
-};
-
-struct AdBlockTesterForeign
-{
-    Q_GADGET
-    QML_FOREIGN(brivanta::AdBlockTester)
-    QML_NAMED_ELEMENT(AdBlockTester)
-    QML_UNCREATABLE("the main screen's model makes it")
 };
 
 // The device, whose idiom follows the window's width: the views' tablet test.
@@ -77,11 +75,11 @@ public:
     }
 };
 
-struct DesktopShareSheetForeign
+struct ShareSheetForeign
 {
     Q_GADGET
     QML_FOREIGN(brivanta::DesktopShareSheet)
-    QML_NAMED_ELEMENT(DesktopShareSheet)
+    QML_NAMED_ELEMENT(ShareSheet)
     QML_SINGLETON
 
 public:
@@ -91,11 +89,11 @@ public:
     }
 };
 
-struct DesktopRatingPromptForeign
+struct RatingPromptForeign
 {
     Q_GADGET
     QML_FOREIGN(brivanta::DesktopRatingPrompt)
-    QML_NAMED_ELEMENT(DesktopRatingPrompt)
+    QML_NAMED_ELEMENT(RatingPrompt)
     QML_SINGLETON
 
 public:

@@ -1,5 +1,7 @@
 #include "ui/view_services.h"
 
+#include "model/fatal.h"
+
 #include <QQmlEngine>
 
 namespace brivanta {
@@ -20,7 +22,7 @@ const ViewServices::Objects &ViewServices::of(const QQmlEngine *engine)
     const auto *services
         = engine ? engine->findChild<ViewServices *>(QString(), Qt::FindDirectChildrenOnly) : nullptr;
     if (!services)
-        qFatal("No view services attached to the QML engine");
+        fatal("No view services attached to the QML engine");
     return services->m_objects;
 }
 

@@ -50,8 +50,8 @@ public:
     // Runs the helper with these arguments (blocking); an error sentence, or nothing when it did it.
     static std::optional<QString> runHelper(const QStringList &arguments);
 
-    // What the platform accepts: DNS-over-HTTPS needs an https server URL with a host; DNS-over-TLS needs
-    // a server name or at least one server address; server addresses must be IP addresses; on-demand
+    // What the phone platform accepts: DNS-over-HTTPS needs an https server URL with a host; DNS-over-TLS
+    // needs a server name or at least one server address; server addresses must be IP addresses; on-demand
     // rules need a known interface type (0 to 3) and, when they have one, an http or https probe URL.
     // Empty when valid, else the error a save answers with ("NEConfigurationErrorDomain" code 1).
     static std::optional<PlatformError> judge(

@@ -12,7 +12,6 @@ class DesktopDevice final : public QObject, public Device
 {
     Q_OBJECT
     Q_PROPERTY(double windowWidth READ windowWidth WRITE setWindowWidth NOTIFY windowWidthChanged)
-    Q_PROPERTY(int userInterfaceIdiom READ userInterfaceIdiom NOTIFY userInterfaceIdiomChanged)
     Q_PROPERTY(bool isTablet READ isTablet NOTIFY userInterfaceIdiomChanged)
 
 public:
@@ -22,9 +21,9 @@ public:
     // "Debian GNU/Linux" and "12".
     DesktopDevice(QString model, QString systemName, QString systemVersion, QObject *parent = nullptr);
 
-    double windowWidth() const { return m_windowWidth; }
+    [[nodiscard]] double windowWidth() const { return m_windowWidth; }
     void setWindowWidth(double width);
-    bool isTablet() const { return userInterfaceIdiom() == tabletIdiom; }
+    [[nodiscard]] bool isTablet() const { return userInterfaceIdiom() == tabletIdiom; }
 
     int userInterfaceIdiom() const override;
     QString model() const override { return m_model; }

@@ -10,14 +10,12 @@ class DesktopRatingPrompt final : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(bool visible READ isVisible NOTIFY visibleChanged)
-    Q_PROPERTY(QUrl reviewUrl READ reviewUrl CONSTANT)
 
 public:
     explicit DesktopRatingPrompt(QUrl reviewUrl, QObject *parent = nullptr);
 
     void show();
-    bool isVisible() const { return m_visible; }
-    QUrl reviewUrl() const { return m_reviewUrl; }
+    [[nodiscard]] bool isVisible() const { return m_visible; }
 
     // Opens the review link outside the app and closes the prompt.
     Q_INVOKABLE void openReview();

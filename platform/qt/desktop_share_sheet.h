@@ -16,11 +16,8 @@ class DesktopShareSheet final : public QObject
     Q_OBJECT
     Q_PROPERTY(bool visible READ isVisible NOTIFY visibleChanged)
     Q_PROPERTY(QString text READ text NOTIFY contentChanged)
-    Q_PROPERTY(QUrl url READ url NOTIFY contentChanged)
     Q_PROPERTY(QString urlText READ urlText NOTIFY contentChanged)
-    Q_PROPERTY(bool popover READ isPopover NOTIFY contentChanged)
     Q_PROPERTY(QRectF sourceRect READ sourceRect NOTIFY contentChanged)
-    Q_PROPERTY(unsigned permittedArrowDirections READ permittedArrowDirections NOTIFY contentChanged)
     Q_PROPERTY(bool centred READ isCentred NOTIFY contentChanged)
 
 public:
@@ -29,18 +26,15 @@ public:
     // Shows the sheet with the items' texts joined and their first link.
     void present(const ShareSheet &sheet);
 
-    bool isVisible() const { return m_visible; }
-    QString text() const { return m_text; }
-    QUrl url() const { return m_url; }
-    QString urlText() const { return m_url.toString(QUrl::FullyEncoded); }
-    bool isPopover() const { return m_popover; }
-    QRectF sourceRect() const { return m_sourceRect; }
-    unsigned permittedArrowDirections() const { return m_arrows; }
+    [[nodiscard]] bool isVisible() const { return m_visible; }
+    [[nodiscard]] QString text() const { return m_text; }
+    [[nodiscard]] QString urlText() const { return m_url.toString(QUrl::FullyEncoded); }
+    [[nodiscard]] QRectF sourceRect() const { return m_sourceRect; }
     // A popover anchored to a point with no arrow: drawn centred on that point.
-    bool isCentred() const { return m_popover && m_arrows == PopoverArrowDirectionNone; }
+    [[nodiscard]] bool isCentred() const { return m_popover && m_arrows == PopoverArrowDirectionNone; }
 
     // What both hand-offs carry: the text, then the link on a line of its own.
-    QString sharedText() const;
+    [[nodiscard]] QString sharedText() const;
 
     Q_INVOKABLE void copyToClipboard();
     Q_INVOKABLE void sendByEmail();

@@ -1,3 +1,14 @@
+// How the Qt HTTP client works. QNetworkAccessManager belongs to the thread that made it, and completions
+// are meant to run off the main thread, as the phone platform's loader runs them; so the client owns a
+// QThread with a Worker on it, and dataTask() only posts the request there. Each request becomes a Probe
+// that follows redirects itself (see redirectTarget), completes on the final response's headers without
+// reading the body (the tester only asks whether a host answered), and completes exactly once: headers,
+// end of reply, or a deadline counted from dataTask(). Qt's errors are mapped to NSURLError codes so that
+// the lines the app prints read the same on every backend.
+//
+// Threads: dataTask() on any thread; Probe, QNetworkReply signals and the completion on the worker thread.
+// The destructor deletes the worker on its thread (blocking), which drops unfinished probes silently.
+
 #include "platform/qt/qt_http_client.h"
 
 #include <QDeadlineTimer>
@@ -86,10 +97,10 @@ public:
         , m_redirectsLeft(maximumRedirects)
         , m_completion(std::move(completion))
     {
-        // The platform's timeout (and QNetworkRequest::setTransferTimeout) restarts with every byte, so a
-        // host that trickles its headers or streams a body forever would keep the request open without
-        // end. This deadline counts from the start of the request, redirects included, and cuts it off
-        // whatever arrives.
+        // The phone platform's timeout (and QNetworkRequest::setTransferTimeout) restarts with every byte, so
+        // a host that trickles its headers or streams a body forever would keep the request open without end.
+        // This deadline counts from the start of the request, redirects included, and cuts it off whatever
+        // arrives.
         m_deadline.setSingleShot(true);
         m_deadline.setTimerType(Qt::PreciseTimer);
         connect(&m_deadline, &QTimer::timeout, this, [this] {
@@ -148,7 +159,7 @@ private:
 
     // Redirects are followed here rather than by the loader, whose own following re-sends requests on
     // kept-alive connections. Every http(s) target is taken, https -> http included: a probe sends
-    // nothing private and reads no body, and the platform's loader follows downgrades too. A redirect
+    // nothing private and reads no body, and the phone platform's loader follows downgrades too. A redirect
     // without a usable target is the final response.
     std::optional<QUrl> redirectTarget(int status) const
     {

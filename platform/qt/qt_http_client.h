@@ -10,7 +10,7 @@
 namespace brivanta {
 
 // The shared URL loader on QNetworkAccessManager, run on a thread of its own: completions arrive on
-// that thread. Redirects are followed (https -> http included, as the platform's loader does), at most
+// that thread. Redirects are followed (https -> http included, as the phone platform's loader does), at most
 // `maximumRedirects` of them. The status is decided when the final response's headers arrive; the body
 // is never downloaded. A request is cut off at its timeout counted from the start, not from the last
 // byte received.

@@ -211,7 +211,7 @@ TEST_F(MainViewModelTest, AnEmptyProfileListStopsTheProcess)
     const std::vector<Resolver> none;
     resolvers = &none;
     resetModel();
-    EXPECT_DEATH(model->addNetworkSettings(), "");
+    EXPECT_DEATH(model->addNetworkSettings(), "the resolver list is empty");
 }
 
 // Removal after a failed save
@@ -254,7 +254,7 @@ TEST_F(MainViewModelTest, RemovalWithoutSettingsDoesNothing)
 
 TEST_F(MainViewModelTest, OffMainThreadFlagWriteNotifiesOnTheMainThread)
 {
-    // Only in a simulator does the removal's own refresh write the flag, on the platform's thread.
+    // Only in a simulator does the removal's own refresh write the flag, on the slot's completion thread.
     environment.variables = { { "SIMULATOR_DEVICE_NAME", "" } };
     manager.setDnsSettings(NEDNSOverTLSSettings { {}, QStringLiteral("dns.test") });
     std::vector<std::thread::id> notifiedOn;
@@ -304,7 +304,19 @@ TEST_F(MainViewModelTest, EveryAppearanceRefreshesThenCountsTheLaunch)
     EXPECT_EQ(events, (std::vector<std::string> { "refresh", "launch count", "refresh", "launch count" }));
 }
 
-TEST_F(MainViewModelTest, ResultsAndScoreOfTheOneTesterReachTheScreen)
+TEST_F(MainViewModelTest, TesterIsMadeOnceOnTheFirstRunAndNotByReadingTheScreen)
+{
+    EXPECT_FALSE(model->hasResults());
+    EXPECT_EQ(model->scoreText(), "Blocking Score: 0%");
+    EXPECT_EQ(model->tester(), nullptr);
+    model->runTest();
+    AdBlockTester *first = model->tester();
+    model->runTest();
+    EXPECT_EQ(model->tester(), first);
+    EXPECT_EQ(testersMade, 1);
+}
+
+TEST_F(MainViewModelTest, ResultsAndScoreOfTheTesterReachTheScreen)
 {
     testDomains = { QStringLiteral("https://ads.test/https://twice"), QStringLiteral("http://plain.test"),
         QStringLiteral("https://open.test") };

@@ -56,7 +56,7 @@ class FakeOtherScene final : public Scene
 {
 };
 
-// Records what the app asks of the platform; scenes are set up by the test, first one first.
+// Records what the app asks of the application services; scenes are set up by the test, first one first.
 class FakeApplicationServices final : public ApplicationServices
 {
 public:

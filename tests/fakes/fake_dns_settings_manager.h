@@ -10,7 +10,8 @@
 namespace brivanta::testing {
 
 // Holds every completion until the test releases it, on the test's thread or on a thread of its own as
-// the platform does. Records which thread started each operation; an optional hook runs as each starts.
+// the phone platform and Linux do. Records which thread started each operation; an optional hook runs as each
+// starts.
 class FakeDNSSettingsManager final : public DNSSettingsManager
 {
 public:

@@ -15,10 +15,6 @@ Item {
     // that colour again; the glass is its tint alone over it, with no blur pass per frame.
     readonly property Item blurBackdrop: null
 
-    // Keys of the add button's faces and the result labels, which the model yields.
-    readonly property var modelKeys: [QT_TR_NOOP("Add Network Settings"), QT_TR_NOOP("Settings Added"),
-        QT_TR_NOOP("✅ Blocked"), QT_TR_NOOP("❌ Not Blocked")]
-
     Rectangle {
         id: backdrop
         anchors.fill: parent
@@ -106,7 +102,7 @@ Item {
 
                     ActionButton {
                         objectName: "addButton"
-                        title: qsTr(MainViewModel.addButtonTitle)
+                        title: MainViewModel.addButtonTitle
                         icon: MainViewModel.addButtonSymbol
                         enabled: MainViewModel.addButtonEnabled
                         action: () => MainViewModel.addNetworkSettings()

@@ -55,7 +55,7 @@ Item {
         Button {
             id: button
             objectName: "onboardingButton"
-            text: qsTr(OnboardingPages.buttonTitle(root.currentPage, root.pages.length))
+            text: OnboardingPages.buttonTitle(root.currentPage, root.pages.length)
             padding: Theme.padding
             Layout.fillWidth: true
             Layout.maximumWidth: Device.isTablet ? 400 : 300
@@ -69,9 +69,6 @@ Item {
                 else
                     root.currentPage = next
             }
-
-            // The two keys the table's rule yields.
-            readonly property var titleKeys: [QT_TR_NOOP("Next"), QT_TR_NOOP("Get Started")]
 
             contentItem: Text {
                 text: button.text

@@ -20,15 +20,15 @@ Popup {
     x: (parent.width - width) / 2
     y: Math.max(0, (parent.height - implicitHeight) / 2)
 
-    onClosed: DesktopRatingPrompt.dismiss()
+    onClosed: RatingPrompt.dismiss()
 
     // Made when it is asked for (see ContentView).
     Component.onCompleted: if (DesktopRatingPrompt.visible) open()
 
     Connections {
-        target: DesktopRatingPrompt
+        target: RatingPrompt
         function onVisibleChanged() {
-            if (DesktopRatingPrompt.visible)
+            if (RatingPrompt.visible)
                 prompt.open()
             else
                 prompt.close()
@@ -85,7 +85,7 @@ Popup {
             text: qsTr("Write a Review")
             padding: 12
             Layout.fillWidth: true
-            onClicked: DesktopRatingPrompt.openReview()
+            onClicked: RatingPrompt.openReview()
             contentItem: Text {
                 text: reviewButton.text
                 color: Theme.white

@@ -11,8 +11,8 @@ Popup {
     id: sheet
     objectName: "shareSheet"
 
-    readonly property bool centred: DesktopShareSheet.centred
-    readonly property rect anchorRect: DesktopShareSheet.sourceRect
+    readonly property bool centred: ShareSheet.centred
+    readonly property rect anchorRect: ShareSheet.sourceRect
 
     parent: T.Overlay.overlay
     modal: true
@@ -26,15 +26,15 @@ Popup {
     // height put it.
     y: Math.max(0, centred ? anchorRect.y - implicitHeight / 2 : parent.height - implicitHeight)
 
-    onClosed: DesktopShareSheet.dismiss()
+    onClosed: ShareSheet.dismiss()
 
     // Made when it is asked for (see ContentView).
     Component.onCompleted: if (DesktopShareSheet.visible) open()
 
     Connections {
-        target: DesktopShareSheet
+        target: ShareSheet
         function onVisibleChanged() {
-            if (DesktopShareSheet.visible)
+            if (ShareSheet.visible)
                 sheet.open()
             else
                 sheet.close()
@@ -64,14 +64,14 @@ Popup {
         }
         EmojiLabel {
             objectName: "shareText"
-            plainText: DesktopShareSheet.text
+            plainText: ShareSheet.text
             font.pixelSize: Theme.subheadline
             wrapMode: Text.Wrap
             Layout.fillWidth: true
         }
         Text {
             objectName: "shareLink"
-            text: DesktopShareSheet.urlText
+            text: ShareSheet.urlText
             color: Theme.blue
             font.pixelSize: Theme.subheadline
             wrapMode: Text.WrapAnywhere
@@ -115,13 +115,13 @@ Popup {
                 objectName: "copyButton"
                 symbol: "doc.on.doc"
                 text: qsTr("Copy")
-                onClicked: DesktopShareSheet.copyToClipboard()
+                onClicked: ShareSheet.copyToClipboard()
             }
             SheetButton {
                 objectName: "emailButton"
                 symbol: "envelope.fill"
                 text: qsTr("Send by E-mail")
-                onClicked: DesktopShareSheet.sendByEmail()
+                onClicked: ShareSheet.sendByEmail()
             }
             SheetButton {
                 objectName: "closeShareButton"

@@ -82,7 +82,7 @@ Item {
                     }
                     EmojiLabel {
                         objectName: "resultLabel"
-                        plainText: qsTranslate("MainView", modelData.label)
+                        plainText: modelData.label
                         color: modelData.blocked ? Theme.green : Theme.red
                         font.pixelSize: Theme.subheadline
                     }

@@ -75,40 +75,6 @@
     </message>
 </context>
 <context>
-    <name>MainView</name>
-    <message>
-        <source>Add Network Settings</source>
-        <translation>Netzwerkeinstellungen hinzufügen</translation>
-    </message>
-    <message>
-        <source>Settings Added</source>
-        <translation>Einstellungen hinzugefügt</translation>
-    </message>
-    <message>
-        <source>✅ Blocked</source>
-        <translation>✅ Blockiert</translation>
-    </message>
-    <message>
-        <source>❌ Not Blocked</source>
-        <translation>❌ Nicht blockiert</translation>
-    </message>
-    <message>
-        <source>Blocking Score: %1%</source>
-        <translation>Blockierquote: %1 %</translation>
-    </message>
-</context>
-<context>
-    <name>OnboardingView</name>
-    <message>
-        <source>Next</source>
-        <translation>Weiter</translation>
-    </message>
-    <message>
-        <source>Get Started</source>
-        <translation>Los geht’s</translation>
-    </message>
-</context>
-<context>
     <name>OrvindoPromoCard</name>
     <message>
         <source>Boost Your Privacy with Orvindo 🚀</source>
@@ -299,6 +265,40 @@
     <message>
         <source>Convert speech into text effortlessly. Capture important conversations, meetings, and ideas with ease using Velloquin.</source>
         <translation>Verwandle Sprache mühelos in Text. Halte wichtige Gespräche, Besprechungen und Ideen ganz einfach mit Velloquin fest.</translation>
+    </message>
+</context>
+<context>
+    <name>brivanta::MainViewModel</name>
+    <message>
+        <source>Add Network Settings</source>
+        <translation>Netzwerkeinstellungen hinzufügen</translation>
+    </message>
+    <message>
+        <source>Settings Added</source>
+        <translation>Einstellungen hinzugefügt</translation>
+    </message>
+    <message>
+        <source>✅ Blocked</source>
+        <translation>✅ Blockiert</translation>
+    </message>
+    <message>
+        <source>❌ Not Blocked</source>
+        <translation>❌ Nicht blockiert</translation>
+    </message>
+    <message>
+        <source>Blocking Score: %1%</source>
+        <translation>Blockierquote: %1 %</translation>
+    </message>
+</context>
+<context>
+    <name>brivanta::OnboardingPages</name>
+    <message>
+        <source>Next</source>
+        <translation>Weiter</translation>
+    </message>
+    <message>
+        <source>Get Started</source>
+        <translation>Los geht’s</translation>
     </message>
 </context>
 </TS>

@@ -64,12 +64,13 @@ TEST(OnDemandRuleMapping, TheSSIDListIsSetOnlyForAnyAndWiFiEvenWhenEmpty)
     }
 }
 
-TEST(OnDemandRuleMappingDeathTest, AnActionOutsideOneToFourStopsTheProcessSilently)
+TEST(OnDemandRuleMappingDeathTest, AnActionOutsideOneToFourStopsTheProcessSayingWhy)
 {
+    const char *reason = "no on-demand rule class for this action value";
     for (const qint64 action : { 0, 5, -1 }) {
         const OnDemandRule rule = ruleWith(action, 0);
-        EXPECT_EXIT(makeOnDemandRule(rule), ::testing::KilledBySignal(SIGABRT), "^$") << action;
-        EXPECT_EXIT(makeOnDemandRules({ ruleWith(1, 0), rule }), ::testing::KilledBySignal(SIGABRT), "^$")
+        EXPECT_EXIT(makeOnDemandRule(rule), ::testing::KilledBySignal(SIGABRT), reason) << action;
+        EXPECT_EXIT(makeOnDemandRules({ ruleWith(1, 0), rule }), ::testing::KilledBySignal(SIGABRT), reason)
             << action;
     }
 }

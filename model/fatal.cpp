@@ -1,0 +1,12 @@
+#include "model/fatal.h"
+
+#include <QtGlobal>
+
+namespace brivanta {
+
+void fatal(const char *reason)
+{
+    qFatal("%s", reason);
+}
+
+} // namespace brivanta

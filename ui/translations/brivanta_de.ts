@@ -69,10 +69,6 @@
         <source>The helper failed (exit status %1).</source>
         <translation>Das Hilfsprogramm ist fehlgeschlagen (Exit-Status %1).</translation>
     </message>
-    <message>
-        <source>configuration is unchanged</source>
-        <translation>Konfiguration ist unverändert</translation>
-    </message>
 </context>
 <context>
     <name>MainView</name>

@@ -209,6 +209,7 @@ AdBlockTester *MainViewModel::tester()
         m_tester = m_makeTester();
         connect(m_tester.get(), &AdBlockTester::resultsChanged, this, &MainViewModel::resultsChanged);
         connect(m_tester.get(), &AdBlockTester::overallScoreChanged, this, &MainViewModel::scoreChanged);
+        connect(m_tester.get(), &AdBlockTester::isRunningChanged, this, &MainViewModel::isTestingChanged);
     }
     return m_tester.get();
 }
@@ -235,8 +236,7 @@ void MainViewModel::runTest()
     tester()->runTest();
 }
 
-// The button's title and the row labels are localisation keys: the English text is the key, and the
-// view looks it up (qsTr) when it draws.
+// Shown as they are in every language: the first instruction step names the button by this text.
 QString MainViewModel::addButtonTitle() const
 {
     return isSettingsAdded() ? QStringLiteral("Settings Added") : QStringLiteral("Add Network Settings");
@@ -266,6 +266,11 @@ QString MainViewModel::scoreText()
 bool MainViewModel::isScoreGood()
 {
     return isScoreGoodFor(tester()->overallScore());
+}
+
+bool MainViewModel::isTesting()
+{
+    return tester()->isRunning();
 }
 
 QVariantList MainViewModel::resultRows()

@@ -23,6 +23,7 @@ class AdBlockTester : public QObject
     Q_OBJECT
     Q_PROPERTY(QVariantMap results READ resultsForQml NOTIFY resultsChanged)
     Q_PROPERTY(qint64 overallScore READ overallScore NOTIFY overallScoreChanged)
+    Q_PROPERTY(bool isRunning READ isRunning NOTIFY isRunningChanged)
 
 public:
     AdBlockTester(HttpClient &httpClient, MainQueue &mainQueue, QObject *parent = nullptr);
@@ -39,6 +40,8 @@ public:
     const std::map<QString, bool> &results() const { return m_results; }
     qint64 overallScore() const { return m_overallScore; }
     const QStringList &testDomains() const { return m_testDomains; }
+    // Whether a run has not published its score yet.
+    [[nodiscard]] bool isRunning() const { return m_runsInFlight > 0; }
 
     // Starts one request per entry and returns at once. Runs may overlap: each counts its own outcomes
     // and publishes its own score when its last outcome is in.
@@ -47,6 +50,7 @@ public:
 signals:
     void resultsChanged();
     void overallScoreChanged();
+    void isRunningChanged();
 
 private:
     AdBlockTester(HttpClient &httpClient, MainQueue &mainQueue, QStringList testDomains, QObject *parent);
@@ -54,11 +58,13 @@ private:
     QVariantMap resultsForQml() const;
     void storeResult(const QString &entry, bool blocked);
     void publishScore(qint64 score);
+    void setRunsInFlight(int count);
 
     HttpClient &m_httpClient;
     MainQueue &m_mainQueue;
     std::map<QString, bool> m_results;
     qint64 m_overallScore = 0;
+    int m_runsInFlight = 0;
     const QStringList m_testDomains;
 };
 

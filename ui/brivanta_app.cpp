@@ -30,7 +30,8 @@ void BrivantaApp::configure()
     chooseSceneGraphBackend();
 }
 
-bool BrivantaApp::installTranslator(QCoreApplication &application, QTranslator &translator, const QLocale &locale)
+bool BrivantaApp::installTranslator(
+    QCoreApplication &application, QTranslator &translator, const QLocale &locale)
 {
     if (!translator.load(locale, QStringLiteral("brivanta"), QStringLiteral("_"), QStringLiteral(":/i18n")))
         return false;
@@ -74,6 +75,14 @@ BrivantaApp::~BrivantaApp() = default;
 void BrivantaApp::show()
 {
     m_window->show();
+}
+
+void BrivantaApp::bringForward()
+{
+    if (m_window->windowState() & Qt::WindowMinimized)
+        m_window->showNormal();
+    m_window->raise();
+    m_window->requestActivate();
 }
 
 } // namespace brivanta

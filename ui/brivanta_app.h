@@ -36,12 +36,15 @@ public:
     // the software scene graph where OpenGL would run on the CPU.
     static void configure();
     // Installs the compiled translation for the locale's languages; false when there is none (English).
-    static bool installTranslator(QCoreApplication &application, QTranslator &translator, const QLocale &locale);
+    static bool installTranslator(
+        QCoreApplication &application, QTranslator &translator, const QLocale &locale);
 
     explicit BrivantaApp(QGuiApplication &application);
     ~BrivantaApp();
 
     void show();
+    // Shows the window again if it was minimised, raises it and asks for the focus.
+    void bringForward();
 
 private:
     QTranslator m_translator;

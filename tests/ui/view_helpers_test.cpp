@@ -2,18 +2,19 @@
 #include "fakes/fake_bundle_info.h"
 #include "fakes/fake_device.h"
 #include "fakes/fake_locale_info.h"
-#include "ui/application_scene_phase.h"
 #include "ui/brivanta_app.h"
 #include "ui/emoji_text.h"
 #include "ui/instruction_steps.h"
 #include "ui/onboarding_page.h"
 #include "ui/onboarding_pages.h"
+#include "ui/single_instance.h"
 #include "ui/support_actions.h"
 #include "ui/symbol_image_provider.h"
 #include "ui/symbols.h"
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QSignalSpy>
 #include <QUrlQuery>
 #include <QXmlStreamReader>
 #include <gtest/gtest.h>
@@ -123,13 +124,18 @@ TEST(EmojiRuns, EmojiRunsGetTheEmojiFontAndTheRestIsEscaped)
     EXPECT_EQ(EmojiText::richText(QStringLiteral("plain - text")), QStringLiteral("plain - text"));
 }
 
-TEST(ScenePhaseMapping, FollowsTheApplicationState)
+// A later launch finds the running one and asks it to come forward; the first launch finds nobody.
+TEST(SingleInstance, ASecondLaunchAsksTheRunningOneToComeForward)
 {
-    using Phase = MainViewModel::ScenePhase;
-    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationActive), Phase::Active);
-    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationInactive), Phase::Inactive);
-    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationHidden), Phase::Background);
-    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationSuspended), Phase::Background);
+    const QString name = QStringLiteral("brivanta-test-%1.socket").arg(QCoreApplication::applicationPid());
+    SingleInstance first(name);
+    EXPECT_FALSE(first.askRunningToActivate());
+    ASSERT_TRUE(first.listen());
+    QSignalSpy activations(&first, &SingleInstance::activationRequested);
+
+    EXPECT_TRUE(SingleInstance(name).askRunningToActivate());
+
+    EXPECT_TRUE(activations.wait(5000));
 }
 
 struct SupportActionsTest : ::testing::Test

@@ -11,6 +11,7 @@
 #include <QTest>
 #include <QTranslator>
 #include <QtQml/qqmlextensionplugin.h>
+#include <cmath>
 #include <cstdio>
 #include <functional>
 
@@ -49,6 +50,15 @@ void scrollTo(UiHarness &harness, const QString &objectName)
     const qreal maximum = scrollView->property("contentHeight").toReal() - scrollView->height();
     scrollView->setProperty("contentY", std::clamp(top, 0.0, std::max(0.0, maximum)));
     harness.settle();
+}
+
+// The whole main screen, top to bottom: the window grows to the height of its content.
+void showWholeMainScreen(UiHarness &harness)
+{
+    harness.leaveOnboarding();
+    QQuickItem *scrollView = harness.item(QStringLiteral("mainScrollView"));
+    harness.resize(
+        QSize(harness.window().width(), int(std::ceil(scrollView->property("contentHeight").toReal()))));
 }
 
 void showPage(UiHarness &harness, int page)
@@ -90,18 +100,13 @@ int main(int argc, char *argv[])
     const std::vector<std::pair<QString, std::function<void(UiHarness &)>>> scenarios {
         { QStringLiteral("onboarding-first"), [](UiHarness &) {} },
         { QStringLiteral("onboarding-last"), [](UiHarness &h) { showPage(h, 8); } },
-        { QStringLiteral("main-disabled"), [](UiHarness &h) { h.leaveOnboarding(); } },
+        { QStringLiteral("main-disabled"), showWholeMainScreen },
         { QStringLiteral("main-enabled"),
             [](UiHarness &h) {
                 h.environment.variables["SIMULATOR_DEVICE_NAME"] = "Screenshots";
-                h.leaveOnboarding();
+                showWholeMainScreen(h);
             } },
         { QStringLiteral("main-results"), showResults },
-        { QStringLiteral("main-bottom"),
-            [](UiHarness &h) {
-                h.leaveOnboarding();
-                scrollTo(h, QStringLiteral("promotionPager"));
-            } },
         { QStringLiteral("share-sheet"),
             [](UiHarness &h) {
                 h.leaveOnboarding();
@@ -128,7 +133,7 @@ int main(int argc, char *argv[])
         ok = shoot(QStringLiteral("%1/main-enabled-phone-de.png").arg(directory), ContentWindow::phoneSize,
                  [](UiHarness &h) {
                      h.environment.variables["SIMULATOR_DEVICE_NAME"] = "Screenshots";
-                     h.leaveOnboarding();
+                     showWholeMainScreen(h);
                  })
             && ok;
     } else {

@@ -7,10 +7,17 @@ Item {
 
     property bool showOnboarding: true
 
+    Shortcut {
+        sequence: "Ctrl+Q"
+        context: Qt.ApplicationShortcut
+        onActivated: Qt.quit()
+    }
+
     Loader {
         id: content
         objectName: "content"
         anchors.fill: parent
+        focus: true
         sourceComponent: root.showOnboarding ? onboarding : main
     }
 
@@ -18,6 +25,7 @@ Item {
         id: onboarding
         OnboardingView {
             objectName: "onboardingView"
+            focus: true
             showOnboarding: root.showOnboarding
             onShowOnboardingChanged: root.showOnboarding = showOnboarding
         }

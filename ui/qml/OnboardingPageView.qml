@@ -1,57 +1,72 @@
 import Brivanta
 import QtQuick
-import QtQuick.Layouts
+import QtQuick.Controls.Basic
 
 // One feature page: the symbol above centred text on a phone, beside leading text on a tablet. Only
-// the idiom's layout is made.
-Item {
+// the idiom's layout is made. Centred in the page; where the window is too short for it, it scrolls
+// instead of running under the page dots and the button.
+Flickable {
     id: root
 
-    property var page
+    required property onboardingPage page
+    // The symbol gives way first in a short window, down to half its size.
+    readonly property real symbolScale: Math.max(0.5, Math.min(1, height / 560))
+
+    clip: true
+    contentWidth: width
+    contentHeight: Math.max(height, content.implicitHeight)
+    boundsBehavior: Flickable.StopAtBounds
+    ScrollIndicator.vertical: ScrollIndicator {}
 
     Loader {
-        anchors.centerIn: parent
+        id: content
+        objectName: "pageContent"
+        y: Math.max(0, (root.height - implicitHeight) / 2)
+        width: root.width
         sourceComponent: Device.isTablet ? tabletLayout : phoneLayout
+    }
+
+    component PageText: Text {
+        color: Theme.white
+        wrapMode: Text.WordWrap
+        // A word too long for the line shrinks the text rather than break inside the word.
+        fontSizeMode: Text.HorizontalFit
+        minimumPixelSize: Theme.footnote
     }
 
     Component {
         id: phoneLayout
 
-        ColumnLayout {
+        Column {
             objectName: "phonePageLayout"
-            width: root.width - 2 * Theme.padding
+            padding: Theme.padding
             spacing: 20
 
             SymbolImage {
                 objectName: "pageSymbol"
-                symbol: root.page ? root.page.imageName : ""
-                Layout.preferredWidth: 100
-                Layout.preferredHeight: 100
-                Layout.alignment: Qt.AlignHCenter
+                symbol: root.page.imageName
+                width: 100 * root.symbolScale
+                height: width
+                anchors.horizontalCenter: parent.horizontalCenter
             }
-            Text {
+            PageText {
                 objectName: "pageTitle"
-                text: root.page ? root.page.title : ""
-                color: Theme.white
+                x: Theme.padding + 20
+                width: root.width - 2 * x
+                text: root.page.title
                 font.pixelSize: Theme.largeTitle
                 font.weight: Font.Bold
                 horizontalAlignment: Text.AlignHCenter
-                wrapMode: Text.Wrap
-                Layout.fillWidth: true
-                Layout.leftMargin: 20
-                Layout.rightMargin: 20
             }
-            Text {
+            PageText {
                 objectName: "pageDescription"
-                text: root.page ? root.page.description : ""
+                x: Theme.padding + 20
+                width: root.width - 2 * x
+                text: root.page.description
                 color: Theme.opacity(Theme.white, 0.8)
                 font.pixelSize: Theme.headline
                 font.weight: Theme.headlineWeight
                 horizontalAlignment: Text.AlignHCenter
-                wrapMode: Text.Wrap
-                Layout.fillWidth: true
-                Layout.leftMargin: 20
-                Layout.rightMargin: 20
             }
         }
     }
@@ -59,38 +74,39 @@ Item {
     Component {
         id: tabletLayout
 
-        RowLayout {
+        Item {
             objectName: "tabletPageLayout"
-            width: root.width - 2 * Theme.padding
-            spacing: 40
+            implicitHeight: Math.max(symbol.height, words.implicitHeight) + 2 * Theme.padding
 
             SymbolImage {
+                id: symbol
                 objectName: "pageSymbol"
-                symbol: root.page ? root.page.imageName : ""
-                Layout.preferredWidth: 150
-                Layout.preferredHeight: 150
-                Layout.alignment: Qt.AlignVCenter
+                symbol: root.page.imageName
+                x: Theme.padding
+                width: 150 * root.symbolScale
+                height: width
+                anchors.verticalCenter: parent.verticalCenter
             }
-            ColumnLayout {
+            Column {
+                id: words
+                x: symbol.x + symbol.width + 40 + 20
+                width: parent.width - x - Theme.padding - 20
+                anchors.verticalCenter: parent.verticalCenter
                 spacing: 20
-                Layout.fillWidth: true
-                Layout.leftMargin: 20
-                Layout.rightMargin: 20
 
-                Text {
-                    text: root.page ? root.page.title : ""
-                    color: Theme.white
+                PageText {
+                    objectName: "pageTitle"
+                    width: words.width
+                    text: root.page.title
                     font.pixelSize: Theme.largeTitle
                     font.weight: Font.Bold
-                    wrapMode: Text.Wrap
-                    Layout.fillWidth: true
                 }
-                Text {
-                    text: root.page ? root.page.description : ""
+                PageText {
+                    objectName: "pageDescription"
+                    width: words.width
+                    text: root.page.description
                     color: Theme.opacity(Theme.white, 0.8)
                     font.pixelSize: Theme.title2
-                    wrapMode: Text.Wrap
-                    Layout.fillWidth: true
                 }
             }
         }

@@ -2,7 +2,8 @@ import Brivanta
 import QtQuick
 import QtQuick.Controls.Basic
 
-// The two promotion cards in a swipeable pager with page dots: Orvindo first, then Velloquin.
+// The two promotion cards in a swipeable pager with page dots: Orvindo first, then Velloquin. With the
+// focus in it, the arrow keys move between the cards.
 Item {
     id: root
 
@@ -11,14 +12,22 @@ Item {
 
     implicitHeight: Math.max(orvindo.implicitHeight, velloquin.implicitHeight) + 2 * indicator.height + 16
 
+    Keys.onLeftPressed: pager.decrementCurrentIndex()
+    Keys.onRightPressed: pager.incrementCurrentIndex()
+
     SwipeView {
         id: pager
         objectName: "promotionSwipeView"
         anchors.fill: parent
         clip: true
+        focusPolicy: Qt.StrongFocus
+        Accessible.role: Accessible.PageTabList
+        Accessible.name: qsTr("Our other apps")
 
+        // Only the card in view takes the focus.
         Item {
             objectName: "promotionPage0"
+            enabled: SwipeView.isCurrentItem
             OrvindoPromoCard {
                 id: orvindo
                 objectName: "orvindoPromoCard"
@@ -28,6 +37,7 @@ Item {
         }
         Item {
             objectName: "promotionPage1"
+            enabled: SwipeView.isCurrentItem
             VelloquinPromoCard {
                 id: velloquin
                 objectName: "velloquinPromoCard"
@@ -37,20 +47,22 @@ Item {
         }
     }
 
-    PageIndicator {
+    PageDots {
         id: indicator
         objectName: "promotionPageIndicator"
         count: pager.count
         currentIndex: pager.currentIndex
         anchors.bottom: parent.bottom
+        anchors.bottomMargin: 6
         anchors.horizontalCenter: parent.horizontalCenter
-        delegate: Rectangle {
-            required property int index
-            implicitWidth: 8
-            implicitHeight: 8
-            radius: 4
-            color: Theme.white
-            opacity: index === pager.currentIndex ? 1 : 0.3
-        }
+    }
+    Rectangle {
+        objectName: "pagerFocusRing"
+        anchors.fill: parent
+        radius: Theme.cardRadius
+        color: "transparent"
+        border.color: Theme.cyan
+        border.width: 2
+        visible: pager.visualFocus
     }
 }

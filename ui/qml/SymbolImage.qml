@@ -8,6 +8,7 @@ Image {
     property color color: Theme.white
 
     source: symbol ? Symbols.image(symbol, color) : ""
-    sourceSize: Qt.size(width, height)
+    sourceSize.width: width
+    sourceSize.height: height
     fillMode: Image.PreserveAspectFit
 }

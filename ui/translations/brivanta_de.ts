@@ -31,7 +31,7 @@
     </message>
     <message>
         <source>Press “Add Network Settings” first.</source>
-        <translation>Tippe zuerst auf „Netzwerkeinstellungen hinzufügen“.</translation>
+        <translation>Tippe zuerst auf „Add Network Settings“.</translation>
     </message>
     <message>
         <source>The DNS configuration is invalid: %1</source>
@@ -73,14 +73,6 @@
 <context>
     <name>MainView</name>
     <message>
-        <source>Add Network Settings</source>
-        <translation>Netzwerkeinstellungen hinzufügen</translation>
-    </message>
-    <message>
-        <source>Settings Added</source>
-        <translation>Einstellungen hinzugefügt</translation>
-    </message>
-    <message>
         <source>✅ Blocked</source>
         <translation>✅ Blockiert</translation>
     </message>
@@ -103,6 +95,10 @@
         <source>Get Started</source>
         <translation>Los geht’s</translation>
     </message>
+    <message>
+        <source>Feature pages</source>
+        <translation>Funktionsseiten</translation>
+    </message>
 </context>
 <context>
     <name>OrvindoPromoCard</name>
@@ -124,6 +120,13 @@
     <message>
         <source>This app does not log IP addresses, and all queries are encrypted with DNS over HTTPS.</source>
         <translation>Diese App speichert keine IP-Adressen, und alle Anfragen werden mit DNS over HTTPS verschlüsselt.</translation>
+    </message>
+</context>
+<context>
+    <name>PromotionPager</name>
+    <message>
+        <source>Our other apps</source>
+        <translation>Unsere anderen Apps</translation>
     </message>
 </context>
 <context>
@@ -284,6 +287,10 @@
     <message>
         <source>Test Ad Blocking</source>
         <translation>Werbeblocker testen</translation>
+    </message>
+    <message>
+        <source>Testing…</source>
+        <translation>Test läuft…</translation>
     </message>
 </context>
 <context>

@@ -18,6 +18,9 @@ ContentWindow::ContentWindow(const ViewServices::Objects &objects, QWindow *pare
     // The module lives at the resource root (qrc:/Brivanta); Qt 6.4 does not look there by itself.
     engine()->addImportPath(QStringLiteral("qrc:/"));
     engine()->addImageProvider(QLatin1String(SymbolImageProvider::providerId), new SymbolImageProvider);
+    // Qt.quit() (Ctrl+Q) ends the application.
+    connect(engine(), &QQmlEngine::quit, QCoreApplication::instance(), &QCoreApplication::quit,
+        Qt::QueuedConnection);
     setTitle(QString::fromUtf8(build::appName));
     // The system background behind the screens, in the dark appearance their white texts are made for.
     setColor(Qt::black);

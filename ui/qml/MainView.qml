@@ -6,7 +6,7 @@ import QtQuick.Layouts
 // The main screen, top to bottom: header, status, privacy, the add button, instructions, the blocking
 // test, the promotion pager, support, and the share and rate row, divided by thin rules. The arrow and
 // page keys, Home and End scroll it; it scrolls the control that takes the focus into view.
-Item {
+FocusScope {
     id: root
 
     readonly property bool isTablet: Device.isTablet

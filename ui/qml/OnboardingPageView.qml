@@ -26,12 +26,25 @@ Flickable {
         sourceComponent: Device.isTablet ? tabletLayout : phoneLayout
     }
 
+    // A word too long for the line shrinks the text rather than break inside the word.
     component PageText: Text {
+        id: pageText
+
+        property int basePixelSize
+        // Read again whenever the measuring font changes.
+        readonly property real widestWord: metrics.font.pixelSize > 0
+            ? Math.max(...text.split(/\s+/).map(word => metrics.advanceWidth(word))) : 0
+
         color: Theme.white
         wrapMode: Text.WordWrap
-        // A word too long for the line shrinks the text rather than break inside the word.
-        fontSizeMode: Text.HorizontalFit
-        minimumPixelSize: Theme.footnote
+        font.pixelSize: Math.min(basePixelSize, Math.floor(basePixelSize * width / Math.max(1, widestWord + 1)))
+
+        FontMetrics {
+            id: metrics
+            font.family: pageText.font.family
+            font.weight: pageText.font.weight
+            font.pixelSize: pageText.basePixelSize
+        }
     }
 
     Component {
@@ -54,7 +67,7 @@ Flickable {
                 x: Theme.padding + 20
                 width: root.width - 2 * x
                 text: root.page.title
-                font.pixelSize: Theme.largeTitle
+                basePixelSize: Theme.largeTitle
                 font.weight: Font.Bold
                 horizontalAlignment: Text.AlignHCenter
             }
@@ -64,7 +77,7 @@ Flickable {
                 width: root.width - 2 * x
                 text: root.page.description
                 color: Theme.opacity(Theme.white, 0.8)
-                font.pixelSize: Theme.headline
+                basePixelSize: Theme.headline
                 font.weight: Theme.headlineWeight
                 horizontalAlignment: Text.AlignHCenter
             }
@@ -98,7 +111,7 @@ Flickable {
                     objectName: "pageTitle"
                     width: words.width
                     text: root.page.title
-                    font.pixelSize: Theme.largeTitle
+                    basePixelSize: Theme.largeTitle
                     font.weight: Font.Bold
                 }
                 PageText {
@@ -106,7 +119,7 @@ Flickable {
                     width: words.width
                     text: root.page.description
                     color: Theme.opacity(Theme.white, 0.8)
-                    font.pixelSize: Theme.title2
+                    basePixelSize: Theme.title2
                 }
             }
         }

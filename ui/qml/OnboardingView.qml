@@ -31,7 +31,6 @@ FocusScope {
             id: pager
             objectName: "onboardingPager"
             clip: true
-            focusPolicy: Qt.StrongFocus
             currentIndex: root.currentPage
             onCurrentIndexChanged: root.currentPage = currentIndex
             Layout.fillWidth: true
@@ -94,17 +93,5 @@ FocusScope {
         currentIndex: pager.currentIndex
         x: column.x + pager.x + (pager.width - width) / 2
         y: column.y + pager.y + pager.height - height - 10
-    }
-    Rectangle {
-        objectName: "pagerFocusRing"
-        x: column.x + pager.x
-        y: column.y + pager.y
-        width: pager.width
-        height: pager.height
-        radius: Theme.cardRadius
-        color: "transparent"
-        border.color: Theme.cyan
-        border.width: 2
-        visible: pager.visualFocus
     }
 }

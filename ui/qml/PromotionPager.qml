@@ -3,8 +3,8 @@ import QtQuick
 import QtQuick.Controls.Basic
 
 // The two promotion cards in a swipeable pager with page dots: Orvindo first, then Velloquin. With the
-// focus in it, the arrow keys move between the cards.
-Item {
+// focus on a card's badge, the arrow keys move between the cards.
+FocusScope {
     id: root
 
     property bool isTablet: false
@@ -20,7 +20,6 @@ Item {
         objectName: "promotionSwipeView"
         anchors.fill: parent
         clip: true
-        focusPolicy: Qt.StrongFocus
         Accessible.role: Accessible.PageTabList
         Accessible.name: qsTr("Our other apps")
 
@@ -55,14 +54,5 @@ Item {
         anchors.bottom: parent.bottom
         anchors.bottomMargin: 6
         anchors.horizontalCenter: parent.horizontalCenter
-    }
-    Rectangle {
-        objectName: "pagerFocusRing"
-        anchors.fill: parent
-        radius: Theme.cardRadius
-        color: "transparent"
-        border.color: Theme.cyan
-        border.width: 2
-        visible: pager.visualFocus
     }
 }

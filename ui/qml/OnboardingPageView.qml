@@ -47,81 +47,105 @@ Flickable {
         }
     }
 
-    Component {
-        id: phoneLayout
+    component PhoneLayout: Column {
+        id: phone
 
+        property onboardingPage page
+        property real symbolScale: 1
+
+        objectName: "phonePageLayout"
+        padding: Theme.padding
+        spacing: 20
+
+        SymbolImage {
+            objectName: "pageSymbol"
+            symbol: phone.page.imageName
+            width: 100 * phone.symbolScale
+            height: width
+            anchors.horizontalCenter: parent.horizontalCenter
+        }
+        PageText {
+            objectName: "pageTitle"
+            x: Theme.padding + 20
+            width: phone.width - 2 * x
+            text: phone.page.title
+            basePixelSize: Theme.largeTitle
+            font.weight: Font.Bold
+            horizontalAlignment: Text.AlignHCenter
+        }
+        PageText {
+            objectName: "pageDescription"
+            x: Theme.padding + 20
+            width: phone.width - 2 * x
+            text: phone.page.description
+            color: Theme.opacity(Theme.white, 0.8)
+            basePixelSize: Theme.headline
+            font.weight: Theme.headlineWeight
+            horizontalAlignment: Text.AlignHCenter
+        }
+    }
+
+    component TabletLayout: Item {
+        id: tablet
+
+        property onboardingPage page
+        property real symbolScale: 1
+
+        objectName: "tabletPageLayout"
+        implicitHeight: Math.max(symbol.height, words.implicitHeight) + 2 * Theme.padding
+
+        SymbolImage {
+            id: symbol
+            objectName: "pageSymbol"
+            symbol: tablet.page.imageName
+            x: Theme.padding
+            width: 150 * tablet.symbolScale
+            height: width
+            anchors.verticalCenter: parent.verticalCenter
+        }
         Column {
-            objectName: "phonePageLayout"
-            padding: Theme.padding
+            id: words
+            x: symbol.x + symbol.width + 40 + 20
+            width: parent.width - x - Theme.padding - 20
+            anchors.verticalCenter: parent.verticalCenter
             spacing: 20
 
-            SymbolImage {
-                objectName: "pageSymbol"
-                symbol: root.page.imageName
-                width: 100 * root.symbolScale
-                height: width
-                anchors.horizontalCenter: parent.horizontalCenter
-            }
             PageText {
                 objectName: "pageTitle"
-                x: Theme.padding + 20
-                width: root.width - 2 * x
-                text: root.page.title
+                width: words.width
+                text: tablet.page.title
                 basePixelSize: Theme.largeTitle
                 font.weight: Font.Bold
-                horizontalAlignment: Text.AlignHCenter
             }
             PageText {
                 objectName: "pageDescription"
-                x: Theme.padding + 20
-                width: root.width - 2 * x
-                text: root.page.description
+                width: words.width
+                text: tablet.page.description
                 color: Theme.opacity(Theme.white, 0.8)
-                basePixelSize: Theme.headline
-                font.weight: Theme.headlineWeight
-                horizontalAlignment: Text.AlignHCenter
+                basePixelSize: Theme.title2
             }
         }
     }
 
     Component {
+        id: phoneLayout
+        PhoneLayout {}
+    }
+    Component {
         id: tabletLayout
-
-        Item {
-            objectName: "tabletPageLayout"
-            implicitHeight: Math.max(symbol.height, words.implicitHeight) + 2 * Theme.padding
-
-            SymbolImage {
-                id: symbol
-                objectName: "pageSymbol"
-                symbol: root.page.imageName
-                x: Theme.padding
-                width: 150 * root.symbolScale
-                height: width
-                anchors.verticalCenter: parent.verticalCenter
-            }
-            Column {
-                id: words
-                x: symbol.x + symbol.width + 40 + 20
-                width: parent.width - x - Theme.padding - 20
-                anchors.verticalCenter: parent.verticalCenter
-                spacing: 20
-
-                PageText {
-                    objectName: "pageTitle"
-                    width: words.width
-                    text: root.page.title
-                    basePixelSize: Theme.largeTitle
-                    font.weight: Font.Bold
-                }
-                PageText {
-                    objectName: "pageDescription"
-                    width: words.width
-                    text: root.page.description
-                    color: Theme.opacity(Theme.white, 0.8)
-                    basePixelSize: Theme.title2
-                }
-            }
-        }
+        TabletLayout {}
+    }
+    // Components cannot reach this page's properties: they are bound to the item once it is made.
+    Binding {
+        target: content.item
+        property: "page"
+        value: root.page
+        when: content.status === Loader.Ready
+    }
+    Binding {
+        target: content.item
+        property: "symbolScale"
+        value: root.symbolScale
+        when: content.status === Loader.Ready
     }
 }

@@ -144,6 +144,9 @@ struct LayoutTest : ::testing::TestWithParam<Layout>
             ASSERT_TRUE(BrivantaApp::installTranslator(
                 *QCoreApplication::instance(), german, QLocale(QLocale::German, QLocale::Germany)));
         }
+        // The status card at its tallest: a reason and the switch.
+        harness.withSystemSwitch = true;
+        harness.systemSwitch.setReason(QStringLiteral("Names can still reach 192.168.1.1 directly."));
         harness.start(GetParam().size);
         harness.window().requestActivate();
         ASSERT_TRUE(QTest::qWaitForWindowActive(&harness.window()));
@@ -224,6 +227,9 @@ TEST_P(LayoutTest, EveryOnboardingPageIsTidyAndItsButtonInView)
 TEST_P(LayoutTest, TheMainScreenIsTidyAndEveryControlTakesTheFocus)
 {
     harness.leaveOnboarding();
+    harness.dnsSettingsManager.release(testing::FakeDNSSettingsManager::Operation::Load);
+    harness.runMainQueue();
+    ASSERT_TRUE(harness.item("switchOnButton")->isVisible());
     expectTidy(harness.item("mainStack"),
         { "headerView", "statusCardBody", "privacyCard", "instructionsView", "testSection",
             "orvindoPromoCard", "velloquinPromoCard", "supportCard", "shareAndRateRow" },

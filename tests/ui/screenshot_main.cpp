@@ -25,9 +25,11 @@ using brivanta::testing::UiHarness;
 // Long enough for the pager's and the pill's animations to finish.
 constexpr int settleMilliseconds = 900;
 
-bool shoot(const QString &path, QSize size, const std::function<void(UiHarness &)> &scenario)
+bool shoot(const QString &path, QSize size, const std::function<void(UiHarness &)> &scenario,
+    bool withSystemSwitch = false)
 {
     UiHarness harness;
+    harness.withSystemSwitch = withSystemSwitch;
     harness.start(size);
     scenario(harness);
     QTest::qWait(settleMilliseconds);
@@ -136,9 +138,21 @@ int main(int argc, char *argv[])
                      showWholeMainScreen(h);
                  })
             && ok;
+        QCoreApplication::removeTranslator(&german);
     } else {
         std::fprintf(stderr, "no German translation compiled in\n");
         ok = false;
     }
+    // On Linux a disabled card says why, and offers the switch.
+    ok = shoot(
+             QStringLiteral("%1/main-linux-not-enabled-phone.png").arg(directory), ContentWindow::phoneSize,
+             [](UiHarness &h) {
+                 h.systemSwitch.setReason(QStringLiteral("Not switched on."));
+                 h.leaveOnboarding();
+                 h.dnsSettingsManager.release(brivanta::testing::FakeDNSSettingsManager::Operation::Load);
+                 h.runMainQueue();
+             },
+             true)
+        && ok;
     return ok ? 0 : 1;
 }

@@ -246,13 +246,15 @@ void MainViewModel::runTest()
         m_tester = m_makeTester();
         connect(m_tester.get(), &AdBlockTester::resultsChanged, this, &MainViewModel::resultsChanged);
         connect(m_tester.get(), &AdBlockTester::overallScoreChanged, this, &MainViewModel::scoreChanged);
+        connect(m_tester.get(), &AdBlockTester::isRunningChanged, this, &MainViewModel::isTestingChanged);
     }
     m_tester->runTest();
 }
 
+// Shown as they are in every language: the first instruction step names the button by this text.
 QString MainViewModel::addButtonTitle() const
 {
-    return isSettingsAdded() ? tr("Settings Added") : tr("Add Network Settings");
+    return isSettingsAdded() ? QStringLiteral("Settings Added") : QStringLiteral("Add Network Settings");
 }
 
 QString MainViewModel::addButtonSymbol() const
@@ -279,6 +281,11 @@ QString MainViewModel::scoreText() const
 bool MainViewModel::isScoreGood() const
 {
     return isScoreGoodFor(m_tester ? m_tester->overallScore() : 0);
+}
+
+bool MainViewModel::isTesting() const
+{
+    return m_tester && m_tester->isRunning();
 }
 
 QVariantList MainViewModel::resultRows() const

@@ -33,6 +33,7 @@ class MainViewModel : public QObject
     Q_PROPERTY(bool hasResults READ hasResults NOTIFY resultsChanged)
     Q_PROPERTY(QString scoreText READ scoreText NOTIFY scoreChanged)
     Q_PROPERTY(bool isScoreGood READ isScoreGood NOTIFY scoreChanged)
+    Q_PROPERTY(bool isTesting READ isTesting NOTIFY isTestingChanged)
     // One map per row, in display order: {"host": QString, "blocked": bool, "label": QString}.
     Q_PROPERTY(QVariantList resultRows READ resultRows NOTIFY resultsChanged)
     // Where the app switches blocking on itself (a desktop): why it is not on (empty when it is, and on the
@@ -76,6 +77,7 @@ public:
     [[nodiscard]] bool hasResults() const;
     [[nodiscard]] QString scoreText() const;
     [[nodiscard]] bool isScoreGood() const;
+    [[nodiscard]] bool isTesting() const;
     [[nodiscard]] QVariantList resultRows() const;
     [[nodiscard]] bool canSwitchOn() const;
     [[nodiscard]] QString statusReason() const { return m_statusReason; }
@@ -103,6 +105,7 @@ signals:
     void scenePhaseChanged();
     void resultsChanged();
     void scoreChanged();
+    void isTestingChanged();
     void statusReasonChanged();
     void isSwitchingOnChanged();
 

@@ -8,7 +8,7 @@ cmake --preset default >/dev/null
 cmake --build --preset default -j "$(nproc)" --target brivanta
 
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ] && [ "${QT_QPA_PLATFORM:-}" != "offscreen" ]; then
-    echo "No display to show the window on: run it in a desktop session, or under Xvfb with: xvfb-run -a bash scripts/run-app.sh" >&2
+    echo "No display to show the window on: run it in a desktop session." >&2
     exit 1
 fi
 exec ./build/default/ui/brivanta "$@"

@@ -84,6 +84,7 @@ void AdBlockTester::runTest()
     // The old score stays published until this run's own score replaces it.
     m_results.clear();
     emit resultsChanged();
+    setRunsInFlight(m_runsInFlight + 1);
 
     auto group = std::make_shared<DispatchGroup>();
     auto blockedCount = std::make_shared<qint64>(0);
@@ -118,8 +119,10 @@ void AdBlockTester::runTest()
     group->notify(m_mainQueue, [self, blockedCount, total = qint64(m_testDomains.size())] {
         // Entries that did not parse stay in the total.
         const qint64 score = blockingScore(*blockedCount, total);
-        if (self)
+        if (self) {
             self->publishScore(score);
+            self->setRunsInFlight(self->m_runsInFlight - 1);
+        }
     });
 }
 
@@ -133,6 +136,14 @@ void AdBlockTester::publishScore(qint64 score)
 {
     m_overallScore = score;
     emit overallScoreChanged();
+}
+
+void AdBlockTester::setRunsInFlight(int count)
+{
+    const bool wasRunning = isRunning();
+    m_runsInFlight = count;
+    if (isRunning() != wasRunning)
+        emit isRunningChanged();
 }
 
 } // namespace brivanta

@@ -36,6 +36,8 @@ public:
     [[nodiscard]] const std::map<QString, bool> &results() const { return m_results; }
     [[nodiscard]] qint64 overallScore() const { return m_overallScore; }
     [[nodiscard]] const QStringList &testDomains() const { return m_testDomains; }
+    // Whether a run has not published its score yet.
+    [[nodiscard]] bool isRunning() const { return m_runsInFlight > 0; }
 
     // Starts one request per entry and returns at once. Runs may overlap: each counts its own outcomes
     // and publishes its own score when its last outcome is in.
@@ -44,17 +46,20 @@ public:
 signals:
     void resultsChanged();
     void overallScoreChanged();
+    void isRunningChanged();
 
 private:
     AdBlockTester(HttpClient &httpClient, MainQueue &mainQueue, QStringList testDomains, QObject *parent);
 
     void storeResult(const QString &entry, bool blocked);
     void publishScore(qint64 score);
+    void setRunsInFlight(int count);
 
     HttpClient &m_httpClient;
     MainQueue &m_mainQueue;
     std::map<QString, bool> m_results;
     qint64 m_overallScore = 0;
+    int m_runsInFlight = 0;
     const QStringList m_testDomains;
 };
 

@@ -67,7 +67,8 @@ void BrivantaApp::configure()
     chooseSceneGraphBackend();
 }
 
-bool BrivantaApp::installTranslator(QCoreApplication &application, QTranslator &translator, const QLocale &locale)
+bool BrivantaApp::installTranslator(
+    QCoreApplication &application, QTranslator &translator, const QLocale &locale)
 {
     if (!translator.load(locale, QStringLiteral("brivanta"), QStringLiteral("_"), QStringLiteral(":/i18n")))
         return false;
@@ -120,6 +121,15 @@ bool BrivantaApp::hasViews() const
 void BrivantaApp::show()
 {
     m_parts->m_window->show();
+}
+
+void BrivantaApp::bringForward()
+{
+    QQuickView &window = *m_parts->m_window;
+    if (window.windowState() & Qt::WindowMinimized)
+        window.showNormal();
+    window.raise();
+    window.requestActivate();
 }
 
 } // namespace brivanta

@@ -19,7 +19,8 @@ public:
     // the software scene graph where OpenGL would run on the CPU.
     static void configure();
     // Installs the compiled translation for the locale's languages; false when there is none (English).
-    static bool installTranslator(QCoreApplication &application, QTranslator &translator, const QLocale &locale);
+    static bool installTranslator(
+        QCoreApplication &application, QTranslator &translator, const QLocale &locale);
 
     explicit BrivantaApp(QGuiApplication &application);
     ~BrivantaApp();
@@ -27,6 +28,8 @@ public:
     // False when the views failed to load; Qt has printed the QML errors by then.
     [[nodiscard]] bool hasViews() const;
     void show();
+    // Shows the window again if it was minimised, raises it and asks for the focus.
+    void bringForward();
 
 private:
     // The backends and what is built on them, defined beside the constructor so that this header names

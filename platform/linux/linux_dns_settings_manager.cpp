@@ -226,22 +226,16 @@ std::optional<PlatformError> LinuxDNSSettingsManager::save(const DnsSlot &wanted
     if (auto error = judge(wanted.dnsSettings, wanted.onDemandRules))
         return error;
 
-    std::optional<PlatformError> answer;
+    // Saving what the slot already holds succeeds and writes nothing. The phone platform answers
+    // "unchanged" (code 9) here, which the app ignores, so the add button would never confirm the save.
     const QByteArray wantedJson = DnsSlotStore::configurationJson(wanted);
-    if (auto error = m_store.update([&](DnsSlot &slot) {
-            if (DnsSlotStore::configurationJson(slot) == wantedJson) {
-                answer = PlatformError { QString::fromLatin1(neConfigurationErrorDomain),
-                    neConfigurationError::unchanged,
-                    QCoreApplication::translate("LinuxDNSSettingsManager", "configuration is unchanged") };
-                return DnsSlotStore::Change::Keep;
-            }
-            slot.dnsSettings = wanted.dnsSettings;
-            slot.onDemandRules = wanted.onDemandRules;
-            return DnsSlotStore::Change::Write;
-        })) {
-        return error;
-    }
-    return answer;
+    return m_store.update([&](DnsSlot &slot) {
+        if (DnsSlotStore::configurationJson(slot) == wantedJson)
+            return DnsSlotStore::Change::Keep;
+        slot.dnsSettings = wanted.dnsSettings;
+        slot.onDemandRules = wanted.onDemandRules;
+        return DnsSlotStore::Change::Write;
+    });
 }
 
 std::optional<PlatformError> LinuxDNSSettingsManager::remove()

@@ -11,6 +11,7 @@
 #include <QTest>
 #include <QTranslator>
 #include <QtQml/qqmlextensionplugin.h>
+#include <cmath>
 #include <cstdio>
 #include <functional>
 
@@ -24,9 +25,11 @@ using brivanta::testing::UiHarness;
 // Long enough for the pager's and the pill's animations to finish.
 constexpr int settleMilliseconds = 900;
 
-bool shoot(const QString &path, QSize size, const std::function<void(UiHarness &)> &scenario)
+bool shoot(const QString &path, QSize size, const std::function<void(UiHarness &)> &scenario,
+    bool withSystemSwitch = false)
 {
     UiHarness harness;
+    harness.withSystemSwitch = withSystemSwitch;
     harness.start(size);
     scenario(harness);
     QTest::qWait(settleMilliseconds);
@@ -49,6 +52,15 @@ void scrollTo(UiHarness &harness, const QString &objectName)
     const qreal maximum = scrollView->property("contentHeight").toReal() - scrollView->height();
     scrollView->setProperty("contentY", std::clamp(top, 0.0, std::max(0.0, maximum)));
     harness.settle();
+}
+
+// The whole main screen, top to bottom: the window grows to the height of its content.
+void showWholeMainScreen(UiHarness &harness)
+{
+    harness.leaveOnboarding();
+    QQuickItem *scrollView = harness.item(QStringLiteral("mainScrollView"));
+    harness.resize(
+        QSize(harness.window().width(), int(std::ceil(scrollView->property("contentHeight").toReal()))));
 }
 
 void showPage(UiHarness &harness, int page)
@@ -90,18 +102,13 @@ int main(int argc, char *argv[])
     const std::vector<std::pair<QString, std::function<void(UiHarness &)>>> scenarios {
         { QStringLiteral("onboarding-first"), [](UiHarness &) {} },
         { QStringLiteral("onboarding-last"), [](UiHarness &h) { showPage(h, 8); } },
-        { QStringLiteral("main-disabled"), [](UiHarness &h) { h.leaveOnboarding(); } },
+        { QStringLiteral("main-disabled"), showWholeMainScreen },
         { QStringLiteral("main-enabled"),
             [](UiHarness &h) {
                 h.environment.variables["SIMULATOR_DEVICE_NAME"] = "Screenshots";
-                h.leaveOnboarding();
+                showWholeMainScreen(h);
             } },
         { QStringLiteral("main-results"), showResults },
-        { QStringLiteral("main-bottom"),
-            [](UiHarness &h) {
-                h.leaveOnboarding();
-                scrollTo(h, QStringLiteral("promotionPager"));
-            } },
         { QStringLiteral("share-sheet"),
             [](UiHarness &h) {
                 h.leaveOnboarding();
@@ -128,12 +135,24 @@ int main(int argc, char *argv[])
         ok = shoot(QStringLiteral("%1/main-enabled-phone-de.png").arg(directory), ContentWindow::phoneSize,
                  [](UiHarness &h) {
                      h.environment.variables["SIMULATOR_DEVICE_NAME"] = "Screenshots";
-                     h.leaveOnboarding();
+                     showWholeMainScreen(h);
                  })
             && ok;
+        QCoreApplication::removeTranslator(&german);
     } else {
         std::fprintf(stderr, "no German translation compiled in\n");
         ok = false;
     }
+    // On Linux a disabled card says why, and offers the switch.
+    ok = shoot(
+             QStringLiteral("%1/main-linux-not-enabled-phone.png").arg(directory), ContentWindow::phoneSize,
+             [](UiHarness &h) {
+                 h.systemSwitch.setReason(QStringLiteral("Not switched on."));
+                 h.leaveOnboarding();
+                 h.dnsSettingsManager.release(brivanta::testing::FakeDNSSettingsManager::Operation::Load);
+                 h.runMainQueue();
+             },
+             true)
+        && ok;
     return ok ? 0 : 1;
 }

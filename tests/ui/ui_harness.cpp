@@ -67,6 +67,7 @@ void UiHarness::start(QSize size)
                 return std::make_unique<AdBlockTester>(httpClient, mainQueue);
             return AdBlockTester::withTestDomainsForTesting(httpClient, mainQueue, testDomains);
         },
+        .systemSwitch = withSystemSwitch ? &systemSwitch : nullptr,
     });
     m_supportActions = std::make_unique<SupportActions>(SupportActions::Dependencies {
         .bundle = bundle,

@@ -6,6 +6,7 @@
 #include "fakes/fake_environment.h"
 #include "fakes/fake_locale_info.h"
 #include "fakes/fake_preferences.h"
+#include "fakes/fake_system_dns_switch.h"
 #include "fakes/manual_main_queue.h"
 #include "fakes/recording_console.h"
 #include "platform/qt/desktop_application_services.h"
@@ -44,6 +45,9 @@ public:
     DesktopApplicationServices application { device, shareSheet, ratingPrompt };
     // Empty: the tester probes its own list; otherwise this one.
     QStringList testDomains;
+    // Set before start: the status card explains and offers the switch, as on Linux.
+    FakeSystemDnsSwitch systemSwitch;
+    bool withSystemSwitch = false;
 
     UiHarness();
     ~UiHarness();

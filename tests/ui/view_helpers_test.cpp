@@ -3,12 +3,12 @@
 #include "fakes/fake_bundle_info.h"
 #include "fakes/fake_device.h"
 #include "fakes/fake_locale_info.h"
-#include "ui/application_scene_phase.h"
 #include "ui/brivanta_app.h"
 #include "ui/emoji_text.h"
 #include "ui/instruction_steps.h"
 #include "ui/onboarding_page.h"
 #include "ui/onboarding_pages.h"
+#include "ui/single_instance.h"
 #include "ui/support_actions.h"
 #include "ui/symbol_image_provider.h"
 #include "ui/symbols.h"
@@ -17,36 +17,13 @@
 #include <QFile>
 #include <QLocale>
 #include <QTranslator>
+#include <QSignalSpy>
 #include <QUrlQuery>
 #include <QXmlStreamReader>
 #include <gtest/gtest.h>
 
 namespace brivanta {
 namespace {
-
-TEST(OnboardingPageTable, HoldsTheNinePagesInOrderWithTheEmDashInPageSeven)
-{
-    const std::vector<OnboardingPage> &pages = onboardingPages();
-    ASSERT_EQ(pages.size(), 9u);
-
-    const QStringList titles { "Ad Blocking Like No Other", "Works in All Apps & Browsers", "Faster Browsing",
-        "Save Battery Life", "Save Mobile Data", "No Subscriptions, One-Time Purchase",
-        "Encrypted DNS Queries", "No IP Logging, Full Privacy", "Always Up to Date" };
-    const QStringList symbols { "shield.lefthalf.filled", "network", "hare", "battery.100",
-        "antenna.radiowaves.left.and.right", "checkmark.seal.fill", "lock.shield", "eye.slash.fill",
-        "icloud.and.arrow.down" };
-    for (size_t i = 0; i < pages.size(); ++i) {
-        EXPECT_EQ(pages[i].title, titles[i]);
-        EXPECT_EQ(pages[i].imageName, symbols[i]);
-    }
-    EXPECT_EQ(pages[0].description,
-        "Brivanta filters ads at the network level, blocking them in every browser and most apps. Unlike "
-        "Safari "
-        "extensions, ads and trackers never even load!");
-    EXPECT_EQ(pages[7].description,
-        QString::fromUtf8("Your privacy is our priority. Brivanta never logs your IP address or browsing "
-                          "history\xE2\x80\x94your data stays yours."));
-}
 
 TEST(OnboardingPageTableDeathTest, ReadingOutsideTheTableIsFatal)
 {
@@ -99,15 +76,6 @@ TEST(SymbolTable, EverySymbolTheViewsNameHasAnImage)
     EXPECT_TRUE(Symbols::source(QStringLiteral("apple.logo")).path().contains(QLatin1String("storefront")));
 }
 
-TEST(SymbolImages, TheUrlCarriesTheColourWithItsAlphaAndOnlyKnownNames)
-{
-    EXPECT_EQ(Symbols::image(QStringLiteral("star.fill"), QColor(255, 204, 0)),
-        QUrl(QStringLiteral("image://symbol/ffffcc00/star.fill")));
-    EXPECT_EQ(Symbols::image(QStringLiteral("xmark"), QColor(255, 255, 255, 128)),
-        QUrl(QStringLiteral("image://symbol/80ffffff/xmark")));
-    EXPECT_TRUE(Symbols::image(QStringLiteral("no.such.symbol"), Qt::white).isEmpty());
-}
-
 TEST(SymbolImages, AnIdThatDoesNotParseGivesNoImage)
 {
     SymbolImageProvider provider;
@@ -127,13 +95,18 @@ TEST(EmojiRuns, EmojiRunsGetTheEmojiFontAndTheRestIsEscaped)
     EXPECT_EQ(EmojiText::richText(QStringLiteral("plain - text")), QStringLiteral("plain - text"));
 }
 
-TEST(ScenePhaseMapping, FollowsTheApplicationState)
+// A later launch finds the running one and asks it to come forward; the first launch finds nobody.
+TEST(SingleInstance, ASecondLaunchAsksTheRunningOneToComeForward)
 {
-    using Phase = MainViewModel::ScenePhase;
-    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationActive), Phase::Active);
-    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationInactive), Phase::Inactive);
-    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationHidden), Phase::Background);
-    EXPECT_EQ(ApplicationScenePhase::fromApplicationState(Qt::ApplicationSuspended), Phase::Background);
+    const QString name = QStringLiteral("brivanta-test-%1.socket").arg(QCoreApplication::applicationPid());
+    SingleInstance first(name);
+    EXPECT_FALSE(first.askRunningToActivate());
+    ASSERT_TRUE(first.listen());
+    QSignalSpy activations(&first, &SingleInstance::activationRequested);
+
+    EXPECT_TRUE(SingleInstance(name).askRunningToActivate());
+
+    EXPECT_TRUE(activations.wait(5000));
 }
 
 struct SupportActionsTest : ::testing::Test

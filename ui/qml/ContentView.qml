@@ -18,10 +18,17 @@ Item {
 
     onShowOnboardingChanged: showScreen()
 
+    Shortcut {
+        sequence: "Ctrl+Q"
+        context: Qt.ApplicationShortcut
+        onActivated: Qt.quit()
+    }
+
     Loader {
         id: content
         objectName: "content"
         anchors.fill: parent
+        focus: true
         Component.onCompleted: root.showScreen()
     }
 
@@ -29,6 +36,7 @@ Item {
         id: onboarding
         OnboardingView {
             objectName: "onboardingView"
+            focus: true
             showOnboarding: root.showOnboarding
             onShowOnboardingChanged: root.showOnboarding = showOnboarding
         }
@@ -36,11 +44,11 @@ Item {
 
     // The share sheet and the rating prompt exist only while they are asked for.
     Loader {
-        active: DesktopShareSheet.visible
+        active: ShareSheet.visible
         source: "ShareSheetView.qml"
     }
     Loader {
-        active: DesktopRatingPrompt.visible
+        active: RatingPrompt.visible
         source: "RatingPromptView.qml"
     }
 }

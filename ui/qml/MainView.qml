@@ -4,8 +4,9 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
 // The main screen, top to bottom: header, status, privacy, the add button, instructions, the blocking
-// test, the promotion pager, support, and the share and rate row, divided by thin rules.
-Item {
+// test, the promotion pager, support, and the share and rate row, divided by thin rules. The arrow and
+// page keys, Home and End scroll it; it scrolls the control that takes the focus into view.
+FocusScope {
     id: root
 
     readonly property bool isTablet: Device.isTablet
@@ -14,6 +15,46 @@ Item {
     // What the cards' frosted glass blurs: nothing, as the backdrop is one solid colour and its blur is
     // that colour again; the glass is its tint alone over it, with no blur pass per frame.
     readonly property Item blurBackdrop: null
+
+    readonly property Item focusedItem: Window.activeFocusItem
+
+    function scrollTo(contentY) {
+        scrollView.contentY = Math.max(0, Math.min(contentY, scrollView.contentHeight - scrollView.height))
+    }
+
+    // Brings an item inside the scroll view fully into view, with a margin.
+    function reveal(item) {
+        let ancestor = item
+        while (ancestor && ancestor !== scrollView.contentItem)
+            ancestor = ancestor.parent
+        if (!ancestor)
+            return
+        const top = item.mapToItem(scrollView.contentItem, 0, 0).y - Theme.padding
+        const bottom = top + item.height + 2 * Theme.padding
+        if (top < scrollView.contentY)
+            scrollTo(top)
+        else if (bottom > scrollView.contentY + scrollView.height)
+            scrollTo(bottom - scrollView.height)
+    }
+
+    focus: true
+    onFocusedItemChanged: reveal(focusedItem)
+    Keys.onUpPressed: scrollTo(scrollView.contentY - 40)
+    Keys.onDownPressed: scrollTo(scrollView.contentY + 40)
+    Keys.onPressed: event => {
+        const page = scrollView.height - 40
+        if (event.key === Qt.Key_PageUp)
+            scrollTo(scrollView.contentY - page)
+        else if (event.key === Qt.Key_PageDown)
+            scrollTo(scrollView.contentY + page)
+        else if (event.key === Qt.Key_Home)
+            scrollTo(0)
+        else if (event.key === Qt.Key_End)
+            scrollTo(scrollView.contentHeight)
+        else
+            return
+        event.accepted = true
+    }
 
     Rectangle {
         id: backdrop
@@ -102,10 +143,10 @@ Item {
 
                     ActionButton {
                         objectName: "addButton"
-                        title: MainViewModel.addButtonTitle
-                        icon: MainViewModel.addButtonSymbol
+                        text: MainViewModel.addButtonTitle
+                        symbol: MainViewModel.addButtonSymbol
                         enabled: MainViewModel.addButtonEnabled
-                        action: () => MainViewModel.addNetworkSettings()
+                        onActivated: MainViewModel.addNetworkSettings()
                         Layout.alignment: Qt.AlignHCenter
                         Layout.fillWidth: true
                         Layout.maximumWidth: root.isTablet ? 400 : 300

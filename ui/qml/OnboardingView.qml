@@ -4,13 +4,17 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
 // Nine swipeable feature pages and one button: "Next" until the last page, where "Get Started" ends
-// the onboarding by clearing showOnboarding. Swiping moves between pages but never ends it.
-Item {
+// the onboarding by clearing showOnboarding. Swiping, or the arrow keys, move between pages but never
+// end it.
+FocusScope {
     id: root
 
     property bool showOnboarding: true
     property int currentPage: 0
     property var pages: OnboardingPages.pages
+
+    Keys.onLeftPressed: pager.decrementCurrentIndex()
+    Keys.onRightPressed: pager.incrementCurrentIndex()
 
     BlurBackground {
         anchors.fill: parent
@@ -31,6 +35,8 @@ Item {
             onCurrentIndexChanged: root.currentPage = currentIndex
             Layout.fillWidth: true
             Layout.fillHeight: true
+            Accessible.role: Accessible.PageTabList
+            Accessible.name: qsTr("Feature pages")
 
             // Only the page in view and its neighbours exist, so that a swipe always finds the next one.
             Repeater {
@@ -42,23 +48,28 @@ Item {
                     active: SwipeView.isCurrentItem || SwipeView.isNextItem || SwipeView.isPreviousItem
                     sourceComponent: Item {
                         OnboardingPageView {
+                            objectName: "onboardingPage"
                             page: root.pages[pageSlot.index]
-                            anchors.centerIn: parent
+                            anchors.horizontalCenter: parent.horizontalCenter
+                            y: Theme.padding
                             width: Math.min(parent.width - 2 * Theme.padding, 700)
-                            height: parent.height - 2 * Theme.padding
+                            // Clear of the page dots.
+                            height: parent.height - 2 * Theme.padding - 16
                         }
                     }
                 }
             }
         }
 
-        Button {
+        BaseButton {
             id: button
             objectName: "onboardingButton"
+            focus: true
             text: OnboardingPages.buttonTitle(root.currentPage, root.pages.length)
-            padding: Theme.padding
+            font.weight: Font.Bold
+            // The label's frame is at most 300 (400) wide; the padding lies outside it.
             Layout.fillWidth: true
-            Layout.maximumWidth: Device.isTablet ? 400 : 300
+            Layout.maximumWidth: (Device.isTablet ? 400 : 300) + leftPadding + rightPadding
             Layout.alignment: Qt.AlignHCenter
             Layout.bottomMargin: 20
 
@@ -70,36 +81,15 @@ Item {
                     root.currentPage = next
             }
 
-            contentItem: Text {
-                text: button.text
-                color: Theme.white
-                font.pixelSize: Theme.body
-                font.weight: Font.Bold
-                horizontalAlignment: Text.AlignHCenter
-                verticalAlignment: Text.AlignVCenter
-                elide: Text.ElideRight
-            }
-            background: Rectangle {
-                radius: Theme.buttonRadius
-                color: Theme.opacity(Theme.black, 0.8)
-            }
         }
     }
 
     // The page dots, always shown, in the platform's default white.
-    PageIndicator {
+    PageDots {
         objectName: "onboardingPageIndicator"
         count: pager.count
         currentIndex: pager.currentIndex
         x: column.x + pager.x + (pager.width - width) / 2
-        y: column.y + pager.y + pager.height - height - 4
-        delegate: Rectangle {
-            required property int index
-            implicitWidth: 8
-            implicitHeight: 8
-            radius: 4
-            color: Theme.white
-            opacity: index === pager.currentIndex ? 1 : 0.3
-        }
+        y: column.y + pager.y + pager.height - height - 10
     }
 }

@@ -1,12 +1,11 @@
 import Brivanta
 import QtQuick
-import QtQuick.Layouts
 
 // What the app does not do with the user's traffic.
 Item {
     id: root
 
-    implicitWidth: column.implicitWidth + 2 * Theme.padding
+    implicitWidth: Math.max(header.implicitWidth, sentence.implicitWidth) + 2 * Theme.padding
     implicitHeight: column.implicitHeight + 2 * Theme.padding
 
     BlurView {
@@ -14,25 +13,28 @@ Item {
         radius: Theme.cardRadius
     }
 
-    ColumnLayout {
+    Column {
         id: column
-        anchors.fill: parent
-        anchors.margins: Theme.padding
+        x: Theme.padding
+        y: Theme.padding
+        width: root.width - 2 * Theme.padding
         spacing: 10
 
         CardHeaderRow {
+            id: header
+            objectName: "privacyHeader"
+            width: column.width
             symbol: "lock.shield.fill"
             title: qsTr("Privacy Policy")
-            Layout.alignment: Qt.AlignHCenter
         }
         Text {
+            id: sentence
+            width: column.width
+            padding: Theme.padding
             text: qsTr("This app does not log IP addresses, and all queries are encrypted with DNS over HTTPS.")
             color: Theme.white
             font.pixelSize: Theme.subheadline
-            horizontalAlignment: Text.AlignLeft
             wrapMode: Text.Wrap
-            Layout.fillWidth: true
-            Layout.margins: Theme.padding
         }
     }
 }

@@ -1,6 +1,5 @@
 import Brivanta
 import QtQuick
-import QtQuick.Layouts
 
 // The frame both promotion cards share: title, centred description and the store badge.
 Item {
@@ -11,7 +10,7 @@ Item {
 
     signal badgeClicked
 
-    implicitWidth: column.implicitWidth + 2 * Theme.padding
+    implicitWidth: 250 + 2 * Theme.padding
     implicitHeight: column.implicitHeight + 2 * Theme.padding
 
     Rectangle {
@@ -20,37 +19,36 @@ Item {
         color: Theme.opacity(Theme.black, 0.2)
     }
 
-    ColumnLayout {
+    Column {
         id: column
-        anchors.fill: parent
-        anchors.margins: Theme.padding
+        x: Theme.padding
+        y: Theme.padding
+        width: root.width - 2 * Theme.padding
         spacing: 10
 
         EmojiLabel {
             objectName: "promoTitle"
+            width: column.width
             plainText: root.title
             font.pixelSize: Theme.headline
             font.weight: Theme.headlineWeight
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
-            Layout.fillWidth: true
         }
         Text {
             objectName: "promoDescription"
+            x: 10
+            width: column.width - 20
             text: root.description
             color: Theme.opacity(Theme.white, 0.8)
             font.pixelSize: Theme.subheadline
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
-            Layout.fillWidth: true
-            Layout.leftMargin: 10
-            Layout.rightMargin: 10
         }
         StoreBadge {
             objectName: "storeBadge"
-            Layout.fillWidth: true
-            Layout.maximumWidth: 250
-            Layout.alignment: Qt.AlignHCenter
+            width: Math.min(column.width, 250)
+            anchors.horizontalCenter: parent.horizontalCenter
             onClicked: root.badgeClicked()
         }
     }

@@ -2,8 +2,9 @@ import Brivanta
 import QtQuick
 import QtQuick.Controls.Basic
 
-// The two promotion cards in a swipeable pager with page dots: Orvindo first, then Velloquin.
-Item {
+// The two promotion cards in a swipeable pager with page dots: Orvindo first, then Velloquin. With the
+// focus on a card's badge, the arrow keys move between the cards.
+FocusScope {
     id: root
 
     property bool isTablet: false
@@ -11,14 +12,21 @@ Item {
 
     implicitHeight: Math.max(orvindo.implicitHeight, velloquin.implicitHeight) + 2 * indicator.height + 16
 
+    Keys.onLeftPressed: pager.decrementCurrentIndex()
+    Keys.onRightPressed: pager.incrementCurrentIndex()
+
     SwipeView {
         id: pager
         objectName: "promotionSwipeView"
         anchors.fill: parent
         clip: true
+        Accessible.role: Accessible.PageTabList
+        Accessible.name: qsTr("Our other apps")
 
+        // Only the card in view takes the focus.
         Item {
             objectName: "promotionPage0"
+            enabled: SwipeView.isCurrentItem
             OrvindoPromoCard {
                 id: orvindo
                 objectName: "orvindoPromoCard"
@@ -28,6 +36,7 @@ Item {
         }
         Item {
             objectName: "promotionPage1"
+            enabled: SwipeView.isCurrentItem
             VelloquinPromoCard {
                 id: velloquin
                 objectName: "velloquinPromoCard"
@@ -37,20 +46,13 @@ Item {
         }
     }
 
-    PageIndicator {
+    PageDots {
         id: indicator
         objectName: "promotionPageIndicator"
         count: pager.count
         currentIndex: pager.currentIndex
         anchors.bottom: parent.bottom
+        anchors.bottomMargin: 6
         anchors.horizontalCenter: parent.horizontalCenter
-        delegate: Rectangle {
-            required property int index
-            implicitWidth: 8
-            implicitHeight: 8
-            radius: 4
-            color: Theme.white
-            opacity: index === pager.currentIndex ? 1 : 0.3
-        }
     }
 }

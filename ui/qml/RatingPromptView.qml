@@ -23,7 +23,7 @@ Popup {
     onClosed: RatingPrompt.dismiss()
 
     // Made when it is asked for (see ContentView).
-    Component.onCompleted: if (DesktopRatingPrompt.visible) open()
+    Component.onCompleted: if (RatingPrompt.visible) open()
 
     Connections {
         target: RatingPrompt
@@ -79,42 +79,23 @@ Popup {
                 }
             }
         }
-        Button {
-            id: reviewButton
+        BaseButton {
             objectName: "writeReviewButton"
+            focus: true
             text: qsTr("Write a Review")
             padding: 12
+            fill: Theme.blue
+            font.weight: Font.Bold
             Layout.fillWidth: true
             onClicked: RatingPrompt.openReview()
-            contentItem: Text {
-                text: reviewButton.text
-                color: Theme.white
-                font.pixelSize: Theme.body
-                font.weight: Font.Bold
-                horizontalAlignment: Text.AlignHCenter
-            }
-            background: Rectangle {
-                radius: Theme.buttonRadius
-                color: reviewButton.down ? Qt.darker(Theme.blue, 1.2) : Theme.blue
-            }
         }
-        Button {
-            id: notNowButton
+        BaseButton {
             objectName: "notNowButton"
             text: qsTr("Not Now")
             padding: 12
+            fill: Theme.opacity(Theme.white, 0.12)
             Layout.fillWidth: true
             onClicked: prompt.close()
-            contentItem: Text {
-                text: notNowButton.text
-                color: Theme.white
-                font.pixelSize: Theme.body
-                horizontalAlignment: Text.AlignHCenter
-            }
-            background: Rectangle {
-                radius: Theme.buttonRadius
-                color: notNowButton.down ? Theme.opacity(Theme.white, 0.25) : Theme.opacity(Theme.white, 0.12)
-            }
         }
     }
 }

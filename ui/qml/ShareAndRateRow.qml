@@ -1,82 +1,40 @@
 import Brivanta
 import QtQuick
-import QtQuick.Layouts
-import Qt5Compat.GraphicalEffects
 
-// "Share App" and "Rate App", side by side.
-RowLayout {
+// "Share App" and "Rate App", side by side, each taking half of the row.
+Item {
     id: root
 
-    spacing: Theme.spacing
+    readonly property real buttonWidth: (width - Theme.spacing) / 2
 
-    component RowButton: Item {
-        id: button
+    implicitWidth: 2 * Math.max(share.implicitWidth, rate.implicitWidth) + Theme.spacing
+    implicitHeight: Math.max(share.implicitHeight, rate.implicitHeight)
 
-        property string symbol
-        property string title
-        property color background
-        property color foreground
-        signal clicked
-
-        implicitWidth: label.implicitWidth + 2 * Theme.padding
-        implicitHeight: label.implicitHeight + 2 * Theme.padding
-        Layout.fillWidth: true
-
-        Accessible.role: Accessible.Button
-        Accessible.name: title
-        Accessible.onPressAction: clicked()
-
-        Rectangle {
-            anchors.fill: parent
-            radius: Theme.buttonRadius
-            color: button.background
-            layer.enabled: GraphicsInfo.api !== GraphicsInfo.Software
-            layer.effect: DropShadow {
-                radius: 5
-                samples: 11
-                color: Theme.shadow
-            }
-        }
-        RowLayout {
-            id: label
-            anchors.centerIn: parent
-            width: Math.min(implicitWidth, parent.width - 2 * Theme.padding)
-            spacing: Theme.spacing
-
-            SymbolImage {
-                symbol: button.symbol
-                color: button.foreground
-                Layout.preferredWidth: Theme.title
-                Layout.preferredHeight: Theme.title
-            }
-            Text {
-                objectName: "rowButtonTitle"
-                text: button.title
-                color: button.foreground
-                font.pixelSize: Theme.title3
-                wrapMode: Text.Wrap
-                Layout.fillWidth: true
-            }
-        }
-        MouseArea {
-            anchors.fill: parent
-            onClicked: button.clicked()
-        }
+    component RowButton: BaseButton {
+        symbolSize: Theme.title
+        font.pixelSize: Theme.title3
+        hasShadow: true
     }
 
     RowButton {
+        id: share
         objectName: "shareButton"
+        width: root.buttonWidth
+        height: root.height
         symbol: "square.and.arrow.up.fill"
-        title: qsTr("Share App")
-        background: Theme.blue
-        foreground: Theme.white
+        text: qsTr("Share App")
+        fill: Theme.blue
         onClicked: SupportActions.shareApp()
     }
     RowButton {
+        id: rate
         objectName: "rateButton"
+        width: root.buttonWidth
+        height: root.height
+        x: root.buttonWidth + Theme.spacing
         symbol: "star.fill"
-        title: qsTr("Rate App")
-        background: Theme.yellow
+        text: qsTr("Rate App")
+        fill: Theme.yellow
         foreground: Theme.black
         onClicked: SupportActions.rateApp()
     }

@@ -29,7 +29,7 @@ Popup {
     onClosed: ShareSheet.dismiss()
 
     // Made when it is asked for (see ContentView).
-    Component.onCompleted: if (DesktopShareSheet.visible) open()
+    Component.onCompleted: if (ShareSheet.visible) open()
 
     Connections {
         target: ShareSheet
@@ -85,34 +85,19 @@ Popup {
             Layout.fillWidth: true
             Layout.topMargin: 4
 
-            component SheetButton: Button {
-                id: sheetButton
-                property string symbol
+            component SheetButton: BaseButton {
                 padding: 12
+                spacing: 6
+                symbolSize: 18
+                font.pixelSize: Theme.subheadline
+                fill: Theme.opacity(Theme.white, 0.12)
+                radius: Theme.sectionRadius
                 Layout.fillWidth: true
-                contentItem: RowLayout {
-                    spacing: 6
-                    SymbolImage {
-                        symbol: sheetButton.symbol
-                        Layout.preferredWidth: 18
-                        Layout.preferredHeight: 18
-                    }
-                    Text {
-                        text: sheetButton.text
-                        color: Theme.white
-                        font.pixelSize: Theme.subheadline
-                        elide: Text.ElideRight
-                        Layout.fillWidth: true
-                    }
-                }
-                background: Rectangle {
-                    radius: Theme.sectionRadius
-                    color: sheetButton.down ? Theme.opacity(Theme.white, 0.25) : Theme.opacity(Theme.white, 0.12)
-                }
             }
 
             SheetButton {
                 objectName: "copyButton"
+                focus: true
                 symbol: "doc.on.doc"
                 text: qsTr("Copy")
                 onClicked: ShareSheet.copyToClipboard()

@@ -1,51 +1,49 @@
 import Brivanta
 import QtQuick
-import QtQuick.Controls.Basic
-import QtQuick.Layouts
 
 // The store badge: a neutral store glyph beside "Download on the" / "App Store".
-Button {
+BaseButton {
     id: root
 
-    padding: Theme.padding
+    text: qsTr("Download on the") + " " + qsTr("App Store")
+    radius: Theme.sectionRadius
     implicitHeight: Math.max(50, implicitContentHeight + topPadding + bottomPadding)
 
-    contentItem: Item {
-        implicitWidth: badgeRow.implicitWidth
-        implicitHeight: badgeRow.implicitHeight
+    // Ids inside the content item would keep it from being deferred, so the face is a component.
+    component Face: Item {
+        implicitWidth: 48 + Math.max(upper.implicitWidth, lower.implicitWidth)
+        implicitHeight: Math.max(40, words.implicitHeight)
 
-        RowLayout {
-            id: badgeRow
-            anchors.centerIn: parent
-            width: Math.min(implicitWidth, parent.width)
-            spacing: 8
+        SymbolImage {
+            symbol: "apple.logo"
+            x: words.x - 48
+            width: 40
+            height: 40
+            anchors.verticalCenter: parent.verticalCenter
+        }
+        Column {
+            id: words
+            x: 48 + (parent.width - 48 - width) / 2
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: Theme.spacing
 
-            SymbolImage {
-                symbol: "apple.logo"
-                Layout.preferredWidth: 40
-                Layout.preferredHeight: 40
+            Text {
+                id: upper
+                anchors.horizontalCenter: parent.horizontalCenter
+                text: qsTr("Download on the")
+                color: Theme.white
+                font.pixelSize: Theme.footnote
             }
-            ColumnLayout {
-                spacing: Theme.spacing
-                Text {
-                    text: qsTr("Download on the")
-                    color: Theme.white
-                    font.pixelSize: Theme.footnote
-                    Layout.alignment: Qt.AlignHCenter
-                }
-                Text {
-                    text: qsTr("App Store")
-                    color: Theme.white
-                    font.pixelSize: Theme.title2
-                    font.weight: Font.Bold
-                    Layout.alignment: Qt.AlignHCenter
-                }
+            Text {
+                id: lower
+                anchors.horizontalCenter: parent.horizontalCenter
+                text: qsTr("App Store")
+                color: Theme.white
+                font.pixelSize: Theme.title2
+                font.weight: Font.Bold
             }
         }
     }
 
-    background: Rectangle {
-        radius: Theme.sectionRadius
-        color: Theme.opacity(Theme.black, 0.8)
-    }
+    contentItem: Face {}
 }

@@ -1,14 +1,17 @@
+pragma ComponentBehavior: Bound
 import Brivanta
 import QtQuick
+import QtQuick.Controls.Basic
 import QtQuick.Layouts
 
-// The blocking test: two texts, the score and the sorted results once there are any, and the button.
+// The blocking test: two texts, the score and the sorted results once there are any, and the button,
+// with a spinner beside it while a run is out.
 Item {
     id: root
 
     property bool isTablet: false
 
-    implicitWidth: column.implicitWidth + 2 * Theme.padding
+    implicitWidth: Math.max(title.implicitWidth, description.implicitWidth, 200) + 2 * Theme.padding
     implicitHeight: column.implicitHeight + 2 * Theme.padding
 
     Rectangle {
@@ -17,120 +20,109 @@ Item {
         color: Theme.opacity(Theme.black, 0.2)
     }
 
-    ColumnLayout {
+    Column {
         id: column
-        anchors.fill: parent
-        anchors.margins: Theme.padding
+        x: Theme.padding
+        y: Theme.padding
+        width: root.width - 2 * Theme.padding
         spacing: Theme.spacing
 
         Text {
+            id: title
             objectName: "testTitle"
+            width: column.width
             text: qsTr("Protection from Intrusive Ads")
             color: Theme.opacity(Theme.white, 0.8)
             font.pixelSize: Theme.headline
             font.weight: Theme.headlineWeight
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
-            Layout.fillWidth: true
         }
         Text {
+            id: description
             objectName: "testDescription"
+            width: column.width
+            topPadding: 2
             text: qsTr("Block annoying and intrusive ads for a cleaner, faster, and more enjoyable browsing experience.")
             color: Theme.opacity(Theme.white, 0.6)
             font.pixelSize: Theme.subheadline
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
-            Layout.fillWidth: true
-            Layout.topMargin: 2
         }
-
         Text {
             objectName: "scoreText"
             visible: MainViewModel.hasResults
+            width: column.width
+            topPadding: 5
             text: MainViewModel.scoreText
             color: MainViewModel.isScoreGood ? Theme.green : Theme.red
             font.pixelSize: Theme.title2
             font.weight: Font.Bold
             horizontalAlignment: Text.AlignHCenter
-            Layout.fillWidth: true
-            Layout.topMargin: 5
+            wrapMode: Text.Wrap
         }
-        ColumnLayout {
+        Column {
             objectName: "resultRows"
             visible: MainViewModel.hasResults
+            width: column.width
+            topPadding: 10
             spacing: 5
-            Layout.fillWidth: true
-            Layout.topMargin: 10
 
             Repeater {
                 model: MainViewModel.resultRows
                 delegate: RowLayout {
+                    id: row
                     required property var modelData
                     objectName: "resultRow"
+                    width: column.width
                     spacing: Theme.spacing
-                    Layout.fillWidth: true
-                    Layout.topMargin: 2
-                    Layout.bottomMargin: 2
 
                     Text {
                         objectName: "resultHost"
-                        text: modelData.host
+                        text: row.modelData.host
                         color: Theme.opacity(Theme.white, 0.8)
                         font.pixelSize: Theme.subheadline
                         elide: Text.ElideRight
+                        topPadding: 2
+                        bottomPadding: 2
                         Layout.fillWidth: true
                     }
                     EmojiLabel {
                         objectName: "resultLabel"
-                        plainText: modelData.label
-                        color: modelData.blocked ? Theme.green : Theme.red
+                        plainText: row.modelData.label
+                        color: row.modelData.blocked ? Theme.green : Theme.red
                         font.pixelSize: Theme.subheadline
                     }
                 }
             }
         }
-
         Item {
-            objectName: "testButton"
-            implicitWidth: testLabel.implicitWidth + 2 * Theme.padding
-            implicitHeight: testLabel.implicitHeight + 2 * Theme.padding
-            Layout.fillWidth: true
-            Layout.maximumWidth: root.isTablet ? 300 : 200
-            Layout.alignment: Qt.AlignHCenter
-            Layout.topMargin: 10
+            objectName: "testButtonRow"
+            width: column.width
+            height: testButton.height + 10
 
-            Accessible.role: Accessible.Button
-            Accessible.name: testText.text
-            Accessible.onPressAction: MainViewModel.runTest()
-
-            Rectangle {
-                anchors.fill: parent
+            BaseButton {
+                id: testButton
+                objectName: "testButton"
+                y: 10
+                anchors.horizontalCenter: parent.horizontalCenter
+                width: Math.min(parent.width, root.isTablet ? 300 : 200)
+                symbol: "shield.lefthalf.filled"
+                text: qsTr("Test Ad Blocking")
+                fill: Theme.opacity(Theme.blue, 0.8)
                 radius: Theme.sectionRadius
-                color: Theme.opacity(Theme.blue, 0.8)
-            }
-            RowLayout {
-                id: testLabel
-                anchors.centerIn: parent
-                width: Math.min(implicitWidth, parent.width - 2 * Theme.padding)
-                spacing: Theme.spacing
-
-                SymbolImage {
-                    symbol: "shield.lefthalf.filled"
-                    Layout.preferredWidth: Theme.body + 3
-                    Layout.preferredHeight: Theme.body + 3
-                }
-                Text {
-                    id: testText
-                    text: qsTr("Test Ad Blocking")
-                    color: Theme.white
-                    font.pixelSize: Theme.body
-                    wrapMode: Text.Wrap
-                    Layout.fillWidth: true
-                }
-            }
-            MouseArea {
-                anchors.fill: parent
                 onClicked: MainViewModel.runTest()
+            }
+            // Presses while a run is out still start another run, as they always have.
+            BusyIndicator {
+                objectName: "testBusyIndicator"
+                running: MainViewModel.isTesting
+                visible: running
+                x: testButton.x + testButton.width + Theme.spacing
+                anchors.verticalCenter: testButton.verticalCenter
+                width: 28
+                height: 28
+                Accessible.name: qsTr("Testing…")
             }
         }
     }

@@ -31,7 +31,7 @@
     </message>
     <message>
         <source>Press “Add Network Settings” first.</source>
-        <translation>Tippe zuerst auf „Netzwerkeinstellungen hinzufügen“.</translation>
+        <translation>Tippe zuerst auf „Add Network Settings“.</translation>
     </message>
     <message>
         <source>The DNS configuration is invalid: %1</source>
@@ -69,9 +69,12 @@
         <source>The helper failed (exit status %1).</source>
         <translation>Das Hilfsprogramm ist fehlgeschlagen (Exit-Status %1).</translation>
     </message>
+</context>
+<context>
+    <name>OnboardingView</name>
     <message>
-        <source>configuration is unchanged</source>
-        <translation>Konfiguration ist unverändert</translation>
+        <source>Feature pages</source>
+        <translation>Funktionsseiten</translation>
     </message>
 </context>
 <context>
@@ -94,6 +97,13 @@
     <message>
         <source>This app does not log IP addresses, and all queries are encrypted with DNS over HTTPS.</source>
         <translation>Diese App speichert keine IP-Adressen, und alle Anfragen werden mit DNS over HTTPS verschlüsselt.</translation>
+    </message>
+</context>
+<context>
+    <name>PromotionPager</name>
+    <message>
+        <source>Our other apps</source>
+        <translation>Unsere anderen Apps</translation>
     </message>
 </context>
 <context>
@@ -255,6 +265,10 @@
         <source>Test Ad Blocking</source>
         <translation>Werbeblocker testen</translation>
     </message>
+    <message>
+        <source>Testing…</source>
+        <translation>Test läuft…</translation>
+    </message>
 </context>
 <context>
     <name>VelloquinPromoCard</name>
@@ -269,14 +283,6 @@
 </context>
 <context>
     <name>brivanta::MainViewModel</name>
-    <message>
-        <source>Add Network Settings</source>
-        <translation>Netzwerkeinstellungen hinzufügen</translation>
-    </message>
-    <message>
-        <source>Settings Added</source>
-        <translation>Einstellungen hinzugefügt</translation>
-    </message>
     <message>
         <source>✅ Blocked</source>
         <translation>✅ Blockiert</translation>

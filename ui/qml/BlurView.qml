@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import Brivanta
 import QtQuick
 import Qt5Compat.GraphicalEffects

@@ -37,8 +37,10 @@ Item {
         OnboardingView {
             objectName: "onboardingView"
             focus: true
-            showOnboarding: root.showOnboarding
-            onShowOnboardingChanged: root.showOnboarding = showOnboarding
+            // Qt 6.4 refuses bound components in a Loader ("Cannot instantiate bound component"), so these
+            // reach the root through the file's scope.
+            showOnboarding: root.showOnboarding // qmllint disable unqualified
+            onShowOnboardingChanged: root.showOnboarding = showOnboarding // qmllint disable unqualified
         }
     }
 

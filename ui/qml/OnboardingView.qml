@@ -49,7 +49,8 @@ FocusScope {
                     sourceComponent: Item {
                         OnboardingPageView {
                             objectName: "onboardingPage"
-                            page: root.pages[pageSlot.index]
+                            // Through the file's scope: Qt 6.4 cannot load bound components in a Loader.
+                            page: root.pages[pageSlot.index] // qmllint disable unqualified
                             anchors.horizontalCenter: parent.horizontalCenter
                             y: Theme.padding
                             width: Math.min(parent.width - 2 * Theme.padding, 700)

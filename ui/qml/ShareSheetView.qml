@@ -12,7 +12,8 @@ Popup {
     objectName: "shareSheet"
 
     readonly property bool centred: ShareSheet.centred
-    readonly property rect anchorRect: ShareSheet.sourceRect
+    // Qt 6.4's qmllint does not know QRectF, the rect the share sheet gives.
+    readonly property rect anchorRect: ShareSheet.sourceRect // qmllint disable type
 
     parent: T.Overlay.overlay
     modal: true

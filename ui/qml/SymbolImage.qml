@@ -10,6 +10,7 @@ Image {
     // Drawn once it has its size: a layout sizes it after it is made, and an image drawn before that
     // would be drawn at the drawing's natural size and again at the size shown.
     source: symbol && width > 0 && height > 0 ? Symbols.image(symbol, color) : ""
-    sourceSize: Qt.size(width, height)
+    sourceSize.width: width
+    sourceSize.height: height
     fillMode: Image.PreserveAspectFit
 }

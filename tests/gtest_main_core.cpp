@@ -1,5 +1,4 @@
 #include <QCoreApplication>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,5 +1,4 @@
 #include <QGuiApplication>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -9,8 +9,8 @@ namespace {
 // Joiners and modifiers that belong to the emoji before them.
 bool isEmojiComponent(char32_t scalar)
 {
-    return scalar == 0xFE0F || scalar == 0x200D || scalar == 0x20E3 || (scalar >= 0x1F3FB && scalar <= 0x1F3FF)
-        || (scalar >= 0xE0020 && scalar <= 0xE007F);
+    return scalar == 0xFE0F || scalar == 0x200D || scalar == 0x20E3
+        || (scalar >= 0x1F3FB && scalar <= 0x1F3FF) || (scalar >= 0xE0020 && scalar <= 0xE007F);
 }
 
 } // namespace
@@ -44,12 +44,23 @@ QString EmojiText::richText(const QString &text)
             closeRun();
         }
         switch (scalar) {
-        case U'&': html += QStringLiteral("&amp;"); break;
-        case U'<': html += QStringLiteral("&lt;"); break;
-        case U'>': html += QStringLiteral("&gt;"); break;
-        case U'"': html += QStringLiteral("&quot;"); break;
-        case U'\n': html += QStringLiteral("<br>"); break;
-        default: html += QString::fromUcs4(&scalar, 1);
+        case U'&':
+            html += QStringLiteral("&amp;");
+            break;
+        case U'<':
+            html += QStringLiteral("&lt;");
+            break;
+        case U'>':
+            html += QStringLiteral("&gt;");
+            break;
+        case U'"':
+            html += QStringLiteral("&quot;");
+            break;
+        case U'\n':
+            html += QStringLiteral("<br>");
+            break;
+        default:
+            html += QString::fromUcs4(&scalar, 1);
         }
     }
     closeRun();

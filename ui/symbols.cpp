@@ -61,8 +61,9 @@ QUrl Symbols::image(const QString &name, const QColor &color)
     if (source(name).isEmpty())
         return QUrl();
     // HexArgb keeps the alpha; its '#' would start a URL fragment, so it is left out.
-    return QUrl(QStringLiteral("image://%1/%2/%3")
-                    .arg(QLatin1String(SymbolImageProvider::providerId), color.name(QColor::HexArgb).mid(1), name));
+    return QUrl(
+        QStringLiteral("image://%1/%2/%3")
+            .arg(QLatin1String(SymbolImageProvider::providerId), color.name(QColor::HexArgb).mid(1), name));
 }
 
 QStringList Symbols::names()

@@ -20,8 +20,8 @@
 #include <QtEndian>
 #include <cerrno>
 #include <csignal>
-#include <netdb.h>
 #include <net/if.h>
+#include <netdb.h>
 #include <netinet/in.h>
 
 namespace brivanta {

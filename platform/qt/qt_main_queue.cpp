@@ -8,8 +8,7 @@ namespace brivanta {
 
 QtMainQueue::QtMainQueue(QObject *mainThreadContext)
     : m_context(mainThreadContext)
-{
-}
+{ }
 
 void QtMainQueue::async(std::function<void()> task)
 {
@@ -22,7 +21,9 @@ void QtMainQueue::asyncAfter(std::chrono::milliseconds delay, std::function<void
     QObject *context = m_context.data();
     QMetaObject::invokeMethod(
         context,
-        [context, delay, task = std::move(task)]() mutable { QTimer::singleShot(delay, context, std::move(task)); },
+        [context, delay, task = std::move(task)]() mutable {
+            QTimer::singleShot(delay, context, std::move(task));
+        },
         Qt::QueuedConnection);
 }
 

@@ -8,8 +8,7 @@ namespace brivanta {
 
 StdoutConsole::StdoutConsole(int fileDescriptor)
     : m_fd(fileDescriptor)
-{
-}
+{ }
 
 void StdoutConsole::printLine(const std::string &line)
 {

@@ -16,8 +16,8 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QLocale>
-#include <QTranslator>
 #include <QSignalSpy>
+#include <QTranslator>
 #include <QUrlQuery>
 #include <QXmlStreamReader>
 #include <gtest/gtest.h>

@@ -167,7 +167,8 @@ public:
         // would start it again: better refuse than leave the machine without its resolver.
         error = processes("systemd-resolve").isEmpty()
             ? QStringLiteral("systemd-resolved is not running")
-            : QStringLiteral("systemd-resolved runs without systemd, which could restart it with the new settings");
+            : QStringLiteral(
+                "systemd-resolved runs without systemd, which could restart it with the new settings");
         return false;
     }
 

@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
     # build
-    cmake ninja-build g++ clang libclang-rt-14-dev pkg-config dpkg-dev file
+    cmake ninja-build g++ clang clang-format libclang-rt-14-dev pkg-config dpkg-dev file
     qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev qt6-5compat-dev
     qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools libgl-dev
     nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev

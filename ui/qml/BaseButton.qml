@@ -1,7 +1,6 @@
 import Brivanta
 import QtQuick
 import QtQuick.Templates as T
-import Qt5Compat.GraphicalEffects
 
 // The base of every button: Tab focus with a visible ring, Space, Return and Enter to press, the
 // accessible button role and name, and hover and pressed shading. Its face is an optional symbol beside
@@ -14,7 +13,9 @@ T.AbstractButton {
     property color fill: Theme.opacity(Theme.black, 0.8)
     property color foreground: Theme.white
     property real radius: Theme.buttonRadius
-    property bool hasShadow: false
+    // The layer effect that shadows the fill, on renderers that draw effects. A user passes it in, so that
+    // buttons without one (the onboarding's) do not load the graphical effects module at start-up.
+    property Component shadowEffect: null
     readonly property real symbolSpace: symbol.length > 0 ? symbolSize + spacing : 0
     // Disabled buttons keep their shape but lose most of their colour.
     readonly property real shade: enabled ? 1 : 0.45
@@ -87,12 +88,8 @@ T.AbstractButton {
     background: Rectangle {
         radius: control.radius
         color: Theme.opacity(control.fill, control.fill.a * control.shade)
-        layer.enabled: control.hasShadow && GraphicsInfo.api !== GraphicsInfo.Software
-        layer.effect: DropShadow {
-            radius: 5
-            samples: 11
-            color: Theme.shadow
-        }
+        layer.enabled: control.shadowEffect !== null && GraphicsInfo.api !== GraphicsInfo.Software
+        layer.effect: control.shadowEffect
 
         Rectangle {
             anchors.fill: parent

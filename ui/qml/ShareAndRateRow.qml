@@ -1,5 +1,6 @@
 import Brivanta
 import QtQuick
+import Qt5Compat.GraphicalEffects
 
 // "Share App" and "Rate App", side by side, each taking half of the row.
 Item {
@@ -13,7 +14,13 @@ Item {
     component RowButton: BaseButton {
         symbolSize: Theme.title
         font.pixelSize: Theme.title3
-        hasShadow: true
+        shadowEffect: Component {
+            DropShadow {
+                radius: 5
+                samples: 11
+                color: Theme.shadow
+            }
+        }
     }
 
     RowButton {

@@ -96,12 +96,17 @@ void MainViewModel::setFlag(const std::shared_ptr<State> &state, std::atomic<boo
         state->mainQueue.async(std::move(notify));
 }
 
-const Resolver &MainViewModel::firstResolver(const std::vector<Resolver> &resolvers)
+namespace {
+
+// The profile that gets installed: the first of the list. An empty list is fatal.
+const Resolver &firstResolver(const std::vector<Resolver> &resolvers)
 {
     if (resolvers.empty())
         fatal("the resolver list is empty");
     return resolvers.front();
 }
+
+} // namespace
 
 void MainViewModel::refreshStatus()
 {

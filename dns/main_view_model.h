@@ -96,8 +96,6 @@ public:
     static QString scoreTextFor(qint64 overallScore);
     static bool isScoreGoodFor(qint64 overallScore);
     static QVariantList resultRowsFor(const std::map<QString, bool> &results);
-    // The profile that gets installed: the first of the list. An empty list is fatal.
-    static const Resolver &firstResolver(const std::vector<Resolver> &resolvers);
 
 signals:
     void isBlockingEnabledChanged();

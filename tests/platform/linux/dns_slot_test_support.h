@@ -1,31 +1,34 @@
 #pragma once
 
-#include "platform/dns_settings_manager.h"
+#include "platform/linux/linux_dns_settings_manager.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 #include <future>
 #include <gtest/gtest.h>
-#include <thread>
 
 namespace brivanta::testing {
 
-// How one completion arrived.
-struct Outcome
-{
-    std::optional<PlatformError> error;
-    bool onCallingThread = true;
-};
+using Result = std::optional<PlatformError>;
 
 // Starts an operation and waits for its completion (the backend's worker runs it; nothing to drive).
-inline Outcome finish(const std::function<void(DNSSettingsManager::Completion)> &start)
+inline Result finish(const std::function<void(DNSSettingsManager::Completion)> &start)
 {
-    std::promise<Outcome> promise;
-    const auto caller = std::this_thread::get_id();
-    start([&](std::optional<PlatformError> error) {
-        promise.set_value(Outcome { std::move(error), std::this_thread::get_id() == caller });
-    });
+    std::promise<Result> promise;
+    start([&](Result error) { promise.set_value(std::move(error)); });
     return promise.get_future().get();
+}
+inline Result load(DNSSettingsManager &m)
+{
+    return finish([&](auto done) { m.loadFromPreferences(done); });
+}
+inline Result save(DNSSettingsManager &m)
+{
+    return finish([&](auto done) { m.saveToPreferences(done); });
+}
+inline Result remove(DNSSettingsManager &m)
+{
+    return finish([&](auto done) { m.removeFromPreferences(done); });
 }
 
 inline NEDNSSettings httpsSettings(const QString &url)
@@ -53,6 +56,14 @@ protected:
     void SetUp() override { ASSERT_TRUE(m_dir.isValid()); }
     QString configHome() const { return m_dir.path(); }
     QString storePath() const { return m_dir.path() + QStringLiteral("/brivanta/dns-slot.json"); }
+    // Saves through a manager of its own, as an earlier run of the app would have.
+    Result saveSlot(const NEDNSSettings &settings, std::vector<NEOnDemandRule> rules = {}) const
+    {
+        LinuxDNSSettingsManager manager(storePath());
+        manager.setDnsSettings(settings);
+        manager.setOnDemandRules(std::move(rules));
+        return save(manager);
+    }
 
 private:
     QTemporaryDir m_dir;

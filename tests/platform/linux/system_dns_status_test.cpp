@@ -1,14 +1,10 @@
 #include "dns_slot_test_support.h"
 #include "forwarder/canary.h"
-#include "platform/linux/linux_dns_settings_manager.h"
 #include "platform/linux/system_dns_status.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QHostAddress>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QTemporaryDir>
 #include <unistd.h>
 
 namespace brivanta::testing {
@@ -29,16 +25,14 @@ SystemDnsObservation workingMachine()
 
 TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDoesNot)
 {
-    EXPECT_TRUE(decideStatus(workingMachine(), endpoint, 0).enabled);
-    EXPECT_EQ(decideStatus(workingMachine(), endpoint, 0).reason, QString());
-
     using Canary = SystemDnsObservation::Canary;
     const struct
     {
         std::function<void(SystemDnsObservation &)> change;
         QString savedEndpoint;
-        const char *reason;
+        const char *reason; // empty: enabled
     } cases[] = {
+        { [](auto &) {}, endpoint, "" },
         { [](auto &s) { s.phase = QStringLiteral("disabled"); }, endpoint, "Not switched on." },
         { [](auto &s) { s.phase = QStringLiteral("paused"); }, endpoint, "Not switched on." }, // pause over
         { [](auto &) {}, QString(), "Switched on for another DNS address." },
@@ -66,18 +60,20 @@ TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDo
             "Switched on for another DNS address." },
     };
     for (const auto &c : cases) {
+        SCOPED_TRACE(c.reason);
         SystemDnsObservation seen = workingMachine();
         c.change(seen);
         const SystemDnsVerdict verdict = decideStatus(seen, c.savedEndpoint, 1000);
-        EXPECT_FALSE(verdict.enabled) << c.reason;
+        EXPECT_EQ(verdict.enabled, *c.reason == 0);
         EXPECT_EQ(verdict.reason, QString::fromUtf8(c.reason));
     }
 
     SystemDnsObservation paused = workingMachine();
     paused.phase = QStringLiteral("paused");
     paused.pausedUntilMs = QDateTime::currentMSecsSinceEpoch() + 60000;
-    EXPECT_TRUE(decideStatus(paused, endpoint, paused.pausedUntilMs - 1)
-                    .reason.startsWith(QStringLiteral("Paused until ")));
+    const SystemDnsVerdict verdict = decideStatus(paused, endpoint, paused.pausedUntilMs - 1);
+    EXPECT_FALSE(verdict.enabled);
+    EXPECT_TRUE(verdict.reason.startsWith(QStringLiteral("Paused until ")));
 }
 
 // The probe on files in a temporary root, with the system resolver's answer scripted.
@@ -101,32 +97,27 @@ protected:
     void SetUp() override
     {
         SlotDirectory::SetUp();
-        m_paths.stateFile = configHome() + QStringLiteral("/state.json");
-        m_paths.healthFile = configHome() + QStringLiteral("/health.json");
-        m_paths.resolvConf = configHome() + QStringLiteral("/resolv.conf");
+        m_paths = { configHome() + QStringLiteral("/state.json"),
+            configHome() + QStringLiteral("/health.json"), configHome() + QStringLiteral("/resolv.conf") };
         writeFile(m_paths.stateFile,
-            QJsonDocument(QJsonObject { { QStringLiteral("phase"), QStringLiteral("applied") },
-                              { QStringLiteral("endpoint"), endpoint },
-                              { QStringLiteral("stack"), QStringLiteral("resolvconf") } })
-                .toJson());
+            QStringLiteral(R"({"phase": "applied", "endpoint": "%1", "stack": "resolvconf"})")
+                .arg(endpoint)
+                .toUtf8());
         writeFile(m_paths.healthFile,
-            QJsonDocument(QJsonObject { { QStringLiteral("pid"), qint64(::getpid()) },
-                              { QStringLiteral("endpoint"), endpoint },
-                              { QStringLiteral("canarySecret"), QString::fromLatin1(secret.toHex()) } })
-                .toJson());
+            QStringLiteral(R"({"pid": %1, "endpoint": "%2", "canarySecret": "%3"})")
+                .arg(::getpid())
+                .arg(endpoint, QString::fromLatin1(secret.toHex()))
+                .toUtf8());
         writeFile(m_paths.resolvConf, "nameserver 127.0.0.153\n");
-        LinuxDNSSettingsManager saver(storePath());
-        saver.setDnsSettings(httpsSettings(endpoint));
-        ASSERT_EQ(finish([&](auto done) { saver.saveToPreferences(std::move(done)); }).error, std::nullopt);
+        ASSERT_EQ(saveSlot(httpsSettings(endpoint)), std::nullopt);
     }
 
     // isEnabled and statusReason after a load through the manager, as the app sees them.
-    std::pair<bool, QString> load(std::function<QString(const QString &)> answer)
+    std::pair<bool, QString> status(std::function<QString(const QString &)> answer)
     {
         LinuxDNSSettingsManager manager(
             storePath(), std::make_shared<ScriptedProbe>(m_paths, std::move(answer)));
-        EXPECT_EQ(
-            finish([&](auto done) { manager.loadFromPreferences(std::move(done)); }).error, std::nullopt);
+        EXPECT_EQ(load(manager), std::nullopt);
         return { manager.isEnabled(), manager.statusReason() };
     }
 
@@ -143,7 +134,7 @@ protected:
 TEST_F(SystemDnsProbeTest, EnabledWhenAFreshCanaryComesBackWithTheForwardersAddress)
 {
     QStringList asked;
-    const auto [enabled, reason] = load([&](const QString &name) {
+    const auto [enabled, reason] = status([&](const QString &name) {
         asked << name;
         return forwarderAnswer(name);
     });
@@ -152,7 +143,7 @@ TEST_F(SystemDnsProbeTest, EnabledWhenAFreshCanaryComesBackWithTheForwardersAddr
     ASSERT_EQ(asked.size(), 1);
     EXPECT_TRUE(asked[0].endsWith(QStringLiteral(".canary.brivanta.test")));
     // A fresh name each time, so that no cache can answer for the forwarder.
-    load([&](const QString &name) {
+    status([&](const QString &name) {
         asked << name;
         return QString();
     });
@@ -161,15 +152,15 @@ TEST_F(SystemDnsProbeTest, EnabledWhenAFreshCanaryComesBackWithTheForwardersAddr
 
 TEST_F(SystemDnsProbeTest, LeaksAndStrangersAreNotEnabled)
 {
-    EXPECT_EQ(load([](const QString &) { return QStringLiteral("127.0.0.9"); }),
+    EXPECT_EQ(status([](const QString &) { return QStringLiteral("127.0.0.9"); }),
         std::make_pair(false, QStringLiteral("Lookups do not go through Brivanta.")));
 
     writeFile(m_paths.resolvConf, "nameserver 127.0.0.153\nnameserver 192.0.2.53\n");
-    EXPECT_EQ(load(&SystemDnsProbeTest::forwarderAnswer),
+    EXPECT_EQ(status(&SystemDnsProbeTest::forwarderAnswer),
         std::make_pair(false, QStringLiteral("Names can still reach 192.0.2.53 directly.")));
 
     writeFile(m_paths.resolvConf, "# nobody named: glibc asks 127.0.0.1\n");
-    EXPECT_EQ(load(&SystemDnsProbeTest::forwarderAnswer),
+    EXPECT_EQ(status(&SystemDnsProbeTest::forwarderAnswer),
         std::make_pair(false, QStringLiteral("Names can still reach 127.0.0.1 directly.")));
 }
 

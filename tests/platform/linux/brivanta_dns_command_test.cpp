@@ -21,7 +21,7 @@ protected:
     // arguments and exits with m_helperExit, unless m_command names another.
     CommandRun run(const QStringList &arguments)
     {
-        const QString helper = configHome() + QStringLiteral("/helper.sh");
+        const QString helper = configHome() + "/helper.sh";
         writeFile(helper,
             QStringLiteral("echo \"$*\" >> %1\n[ %2 = 0 ] || echo 'brivanta-dns-apply: the endpoint did not "
                            "answer' >&2\nexit %2\n")
@@ -29,10 +29,9 @@ protected:
                 .arg(m_helperExit)
                 .toUtf8());
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), configHome());
-        environment.insert(QStringLiteral("BRIVANTA_SYSTEM_ROOT"), configHome());
-        environment.insert(QStringLiteral("BRIVANTA_DNS_APPLY_COMMAND"),
-            m_command.isEmpty() ? QStringLiteral("sh ") + helper : m_command);
+        environment.insert("XDG_CONFIG_HOME", configHome());
+        environment.insert("BRIVANTA_SYSTEM_ROOT", configHome());
+        environment.insert("BRIVANTA_DNS_APPLY_COMMAND", m_command.isEmpty() ? "sh " + helper : m_command);
         for (const auto &[name, value] : m_environment.asKeyValueRange())
             environment.insert(name, value);
         QProcess process;
@@ -44,7 +43,7 @@ protected:
             QString::fromUtf8(process.readAllStandardError()) };
     }
 
-    QString helperLog() const { return configHome() + QStringLiteral("/helper.log"); }
+    QString helperLog() const { return configHome() + "/helper.log"; }
     int m_helperExit = 0;
     QString m_command;
     QMap<QString, QString> m_environment;
@@ -52,14 +51,13 @@ protected:
 
 TEST_F(BrivantaDnsCommandTest, StatusShowsTheSavedSettingsEscapedSaysWhyBlockingIsOffAndExits1)
 {
-    ASSERT_EQ(saveSlot(NEDNSOverTLSSettings { {}, QStringLiteral("a\x1b]0;x\x07 b\u009b") }), std::nullopt);
-    const CommandRun result = run({ QStringLiteral("status") });
+    ASSERT_EQ(saveSlot(NEDNSOverTLSSettings { {}, "a\x1b]0;x\x07 b\u009b" }), std::nullopt);
+    const CommandRun result = run({ "status" });
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.out.startsWith(QStringLiteral(
         "Saved DNS settings: DNS-over-TLS, server name a\\x1b]0;x\\x07 b\\u{009b}\nApplied: no (")))
         << result.out.toStdString();
-    EXPECT_TRUE(result.out.endsWith(QStringLiteral("Blocking: off. Not switched on.\n")))
-        << result.out.toStdString();
+    EXPECT_TRUE(result.out.endsWith("Blocking: off. Not switched on.\n")) << result.out.toStdString();
 }
 
 TEST_F(BrivantaDnsCommandTest, MistakesAreOneSentenceOnStandardErrorAndSaveNothing)
@@ -89,26 +87,26 @@ TEST_F(BrivantaDnsCommandTest, MistakesAreOneSentenceOnStandardErrorAndSaveNothi
 
 TEST_F(BrivantaDnsCommandTest, AsksTheHelperWithTheSavedEndpointAndReportsItsFailure)
 {
-    ASSERT_EQ(saveSlot(httpsSettings(QStringLiteral("https://dns.example.test/c7e091"))), std::nullopt);
-    EXPECT_EQ(run({ QStringLiteral("enable") }).exitCode, 0);
-    EXPECT_EQ(run({ QStringLiteral("pause"), QStringLiteral("5m") }).exitCode, 0);
-    EXPECT_EQ(run({ QStringLiteral("disable") }).exitCode, 0);
+    ASSERT_EQ(saveSlot(httpsSettings("https://dns.example.test/c7e091")), std::nullopt);
+    EXPECT_EQ(run({ "enable" }).exitCode, 0);
+    EXPECT_EQ(run({ "pause", "5m" }).exitCode, 0);
+    EXPECT_EQ(run({ "disable" }).exitCode, 0);
     EXPECT_EQ(
         fileBytes(helperLog()), QByteArray("enable https://dns.example.test/c7e091\npause 300\ndisable\n"));
 
     m_helperExit = 1;
-    const CommandRun failed = run({ QStringLiteral("enable") });
+    const CommandRun failed = run({ "enable" });
     EXPECT_EQ(failed.exitCode, 1);
-    EXPECT_EQ(failed.err, QStringLiteral("the endpoint did not answer\n"));
+    EXPECT_EQ(failed.err, "the endpoint did not answer\n");
 
     // pkexec's own 126: the password prompt was dismissed and the helper never ran.
-    const QString pkexec = configHome() + QStringLiteral("/pkexec");
+    const QString pkexec = configHome() + "/pkexec";
     writeFile(pkexec, "#!/bin/sh\nexit 126\n");
     QFile::setPermissions(pkexec, QFile::ReadOwner | QFile::ExeOwner);
-    m_command = pkexec + QStringLiteral(" /nonexistent/brivanta-dns-apply");
-    const CommandRun cancelled = run({ QStringLiteral("enable") });
+    m_command = pkexec + " /nonexistent/brivanta-dns-apply";
+    const CommandRun cancelled = run({ "enable" });
     EXPECT_EQ(cancelled.exitCode, 1);
-    EXPECT_EQ(cancelled.err, QStringLiteral("Switching on was cancelled.\n"));
+    EXPECT_EQ(cancelled.err, "Switching on was cancelled.\n");
 }
 
 TEST_F(BrivantaDnsCommandTest, DamagedStoreIsOneSentenceOnStandardErrorAndStaysAsItIs)
@@ -118,10 +116,9 @@ TEST_F(BrivantaDnsCommandTest, DamagedStoreIsOneSentenceOnStandardErrorAndStaysA
     for (const char *command : { "status", "enable" }) {
         const CommandRun result = run({ QString::fromLatin1(command) });
         EXPECT_EQ(result.exitCode, 1) << command;
-        EXPECT_TRUE(result.err.startsWith(
-            QStringLiteral("The saved DNS configuration (") + storePath() + QStringLiteral(") is damaged (")))
+        EXPECT_TRUE(result.err.startsWith("The saved DNS configuration (" + storePath() + ") is damaged ("))
             << result.err.toStdString();
-        EXPECT_TRUE(result.err.endsWith(QStringLiteral("); fix or delete the file.\n")));
+        EXPECT_TRUE(result.err.endsWith("); fix or delete the file.\n"));
         EXPECT_EQ(result.err.count(QLatin1Char('\n')), 1);
         EXPECT_EQ(result.out, QString());
     }
@@ -130,16 +127,13 @@ TEST_F(BrivantaDnsCommandTest, DamagedStoreIsOneSentenceOnStandardErrorAndStaysA
 
 TEST_F(BrivantaDnsCommandTest, HelpSaysWhereTheSlotIsAndARelativeConfigHomeCountsAsUnset)
 {
-    const CommandRun result = run({ QStringLiteral("--help") });
+    const CommandRun result = run({ "--help" });
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_TRUE(result.out.startsWith(QStringLiteral("Usage: brivanta-dns <command>\n")));
-    EXPECT_TRUE(result.out.contains(QStringLiteral("\n  ") + storePath() + QStringLiteral("\n")));
+    EXPECT_TRUE(result.out.startsWith("Usage: brivanta-dns <command>\n"));
+    EXPECT_TRUE(result.out.contains("\n  " + storePath() + "\n"));
 
-    m_environment = { { QStringLiteral("XDG_CONFIG_HOME"), QStringLiteral("relative") },
-        { QStringLiteral("HOME"), configHome() } };
-    EXPECT_TRUE(run({ QStringLiteral("--help") })
-                    .out.contains(QStringLiteral("\n  ") + configHome()
-                        + QStringLiteral("/.config/brivanta/dns-slot.json\n")));
+    m_environment = { { "XDG_CONFIG_HOME", "relative" }, { "HOME", configHome() } };
+    EXPECT_TRUE(run({ "--help" }).out.contains("\n  " + configHome() + "/.config/brivanta/dns-slot.json\n"));
 }
 
 } // namespace

@@ -16,14 +16,12 @@
 namespace brivanta::testing {
 namespace {
 
-const NEDNSSettings goodHttps = httpsSettings(QStringLiteral("https://dns.example.test/x"));
+const NEDNSSettings goodHttps = NEDNSOverHTTPSSettings { {}, QUrl("https://dns.example.test/x") };
 
 // lstat's answer; all zero when the path is missing.
 struct stat statOf(const QString &path)
 {
-    struct stat info
-    {
-    };
+    struct stat info = {};
     ::lstat(QFile::encodeName(path).constData(), &info);
     return info;
 }
@@ -33,13 +31,11 @@ using LinuxDNSSettingsManagerTest = SlotDirectory;
 TEST_F(LinuxDNSSettingsManagerTest, SavedConfigurationLoadsBackInAnotherManagerPrivately)
 {
     const std::vector<NEOnDemandRule> rules {
-        { NEOnDemandRule::Kind::Connect, 2, QStringList {}, { QStringLiteral("home.lan") }, {},
-            QUrl(QStringLiteral("https://probe.test/")) },
-        { NEOnDemandRule::Kind::Ignore, 3, std::nullopt, {}, { QStringLiteral("10.0.0.1") }, std::nullopt },
+        { NEOnDemandRule::Kind::Connect, 2, QStringList {}, { "home.lan" }, {}, QUrl("https://probe.test/") },
+        { NEOnDemandRule::Kind::Ignore, 3, std::nullopt, {}, { "10.0.0.1" }, std::nullopt },
     };
     const NEDNSSettings settings
-        = NEDNSOverHTTPSSettings { { QStringLiteral("9.9.9.9"), QStringLiteral("::1") },
-              QUrl(QStringLiteral("https://dns.example.test/c7e091")) };
+        = NEDNSOverHTTPSSettings { { "9.9.9.9", "::1" }, QUrl("https://dns.example.test/c7e091") };
     ASSERT_EQ(saveSlot(settings, rules), std::nullopt);
 
     LinuxDNSSettingsManager other(storePath());
@@ -60,7 +56,7 @@ TEST_F(LinuxDNSSettingsManagerTest, SavingWhatIsStoredSucceedsAndWritesNothing)
     ASSERT_NE(before, 0u);
     EXPECT_EQ(saveSlot(goodHttps), std::nullopt);
     EXPECT_EQ(statOf(storePath()).st_ino, before);
-    EXPECT_EQ(saveSlot(httpsSettings(QStringLiteral("https://dns.example.test/other"))), std::nullopt);
+    EXPECT_EQ(saveSlot(httpsSettings("https://dns.example.test/other")), std::nullopt);
     EXPECT_NE(statOf(storePath()).st_ino, before);
 }
 
@@ -86,17 +82,17 @@ TEST_F(LinuxDNSSettingsManagerTest, KeysOfOtherVersionsLoadAndAreKeptButTheMachi
     writeFile(storePath(), old.replace(0, 1, "{\"enabled\": true, \"future\": [1],"));
 
     SystemDnsPaths nothingApplied;
-    nothingApplied.stateFile = configHome() + QStringLiteral("/no-state.json");
+    nothingApplied.stateFile = configHome() + "/no-state.json";
     LinuxDNSSettingsManager manager(storePath(), std::make_shared<SystemDnsProbe>(nothingApplied));
     ASSERT_EQ(load(manager), std::nullopt);
     EXPECT_EQ(manager.dnsSettings(), goodHttps);
     EXPECT_FALSE(manager.isEnabled());
-    EXPECT_EQ(manager.statusReason(), QStringLiteral("Not switched on."));
+    EXPECT_EQ(manager.statusReason(), "Not switched on.");
 
-    ASSERT_EQ(saveSlot(httpsSettings(QStringLiteral("https://b.test/2"))), std::nullopt);
+    ASSERT_EQ(saveSlot(httpsSettings("https://b.test/2")), std::nullopt);
     const QJsonObject rewritten = QJsonDocument::fromJson(fileBytes(storePath())).object();
-    EXPECT_EQ(rewritten.value(QStringLiteral("future")), QJsonArray { 1 });
-    EXPECT_EQ(rewritten.value(QStringLiteral("enabled")), true);
+    EXPECT_EQ(rewritten.value("future"), QJsonArray { 1 });
+    EXPECT_EQ(rewritten.value("enabled"), true);
 }
 
 TEST_F(LinuxDNSSettingsManagerTest, RemoveDeletesTheConfigurationAndNoFileLoadsAsNothingSaved)
@@ -126,14 +122,13 @@ TEST_F(LinuxDNSSettingsManagerTest, InvalidSettingsAreRefusedWithCode1AndNothing
     } cases[] = {
         { std::nullopt, {}, "it has no DNS settings." },
         { NEDNSOverHTTPSSettings { {}, std::nullopt }, {}, needsUrl },
-        { httpsSettings(QStringLiteral("http://dns.test/x")), {}, needsUrl },
-        { httpsSettings(QStringLiteral("https:/x")), {}, needsUrl },
+        { httpsSettings("http://dns.test/x"), {}, needsUrl },
+        { httpsSettings("https:/x"), {}, needsUrl },
         { NEDNSOverTLSSettings { {}, QString() }, {},
             "DNS-over-TLS needs a server name or at least one server address." },
-        { NEDNSOverTLSSettings { { QStringLiteral("dns.test") }, QStringLiteral("dns.test") }, {},
-            "“dns.test” is not an IP address." },
+        { NEDNSOverTLSSettings { { "dns.test" }, "dns.test" }, {}, "“dns.test” is not an IP address." },
         { goodHttps, { rule(4, std::nullopt) }, "an on-demand rule has the unknown interface type 4." },
-        { goodHttps, { rule(0, QUrl(QStringLiteral("ftp://probe.test/"))) },
+        { goodHttps, { rule(0, QUrl("ftp://probe.test/")) },
             "an on-demand rule's probe URL must be an http or https URL." },
     };
     for (const auto &c : cases) {
@@ -143,10 +138,10 @@ TEST_F(LinuxDNSSettingsManagerTest, InvalidSettingsAreRefusedWithCode1AndNothing
         manager.setOnDemandRules(c.rules);
         const Result error = save(manager);
         ASSERT_TRUE(error.has_value());
-        EXPECT_EQ(error->domain, QStringLiteral("NEConfigurationErrorDomain"));
+        EXPECT_EQ(error->domain, "NEConfigurationErrorDomain");
         EXPECT_EQ(error->code, 1);
         EXPECT_EQ(error->localizedDescription,
-            QStringLiteral("The DNS configuration is invalid: ") + QString::fromUtf8(c.description));
+            "The DNS configuration is invalid: " + QString::fromUtf8(c.description));
         EXPECT_FALSE(QFileInfo::exists(storePath()));
     }
 }
@@ -176,12 +171,12 @@ TEST_F(LinuxDNSSettingsManagerTest, ADamagedStoreIsReportedByEveryOperationAndLe
         manager.setDnsSettings(goodHttps);
         for (const Result &error : { load(manager), save(manager), remove(manager) }) {
             ASSERT_TRUE(error.has_value());
-            EXPECT_EQ(error->domain, QStringLiteral("NEConfigurationErrorDomain"));
+            EXPECT_EQ(error->domain, "NEConfigurationErrorDomain");
             EXPECT_EQ(error->code, 5);
-            EXPECT_TRUE(error->localizedDescription.startsWith(QStringLiteral("The saved DNS configuration (")
-                + storePath() + QStringLiteral(") is damaged (")))
+            EXPECT_TRUE(error->localizedDescription.startsWith(
+                "The saved DNS configuration (" + storePath() + ") is damaged ("))
                 << error->localizedDescription.toStdString();
-            EXPECT_TRUE(error->localizedDescription.endsWith(QStringLiteral("); fix or delete the file.")));
+            EXPECT_TRUE(error->localizedDescription.endsWith("); fix or delete the file."));
         }
         EXPECT_EQ(fileBytes(storePath()), bytes);
         EXPECT_EQ(manager.dnsSettings(), goodHttps);
@@ -224,8 +219,8 @@ TEST_P(StoreFailureTest, NamesItsCauseAndKeepsTheSavedFile)
 {
     ASSERT_EQ(saveSlot(goodHttps), std::nullopt);
     const QString folder = QFileInfo(storePath()).absolutePath();
-    const QString lock = storePath() + QStringLiteral(".lock");
-    const QString kept = GetParam().moveAside ? storePath() + QStringLiteral(".kept") : storePath();
+    const QString lock = storePath() + ".lock";
+    const QString kept = GetParam().moveAside ? storePath() + ".kept" : storePath();
     ASSERT_TRUE(QFile::rename(storePath(), kept) || !GetParam().moveAside);
     std::signal(SIGXFSZ, SIG_IGN); // a write past RLIMIT_FSIZE fails instead of ending the process
     const QByteArray paths[]
@@ -240,22 +235,19 @@ TEST_P(StoreFailureTest, NamesItsCauseAndKeepsTheSavedFile)
     ASSERT_TRUE(saved.contains("dns.example.test"));
 
     const auto error = DnsSlotStore(storePath()).update([](DnsSlot &slot) {
-        slot.dnsSettings = httpsSettings(QStringLiteral("https://other.test/x"));
+        slot.dnsSettings = httpsSettings("https://other.test/x");
         return DnsSlotStore::Change::Write;
     });
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->code, 5);
     EXPECT_EQ(error->localizedDescription.toStdString(),
         QString::fromUtf8(GetParam().description)
-            .replace(QStringLiteral("<read>"),
-                QStringLiteral("The saved DNS configuration (<slot>) could not be read:"))
-            .replace(QStringLiteral("<unsafe>"),
-                QStringLiteral("The folder of the DNS configuration (<folder>) is not safe to use:"))
-            .replace(QStringLiteral("<unusable>"),
-                QStringLiteral("The lock file of the DNS configuration (<lock>) cannot be used:"))
-            .replace(QStringLiteral("<slot>"), storePath())
-            .replace(QStringLiteral("<folder>"), folder)
-            .replace(QStringLiteral("<lock>"), lock)
+            .replace("<read>", "The saved DNS configuration (<slot>) could not be read:")
+            .replace("<unsafe>", "The folder of the DNS configuration (<folder>) is not safe to use:")
+            .replace("<unusable>", "The lock file of the DNS configuration (<lock>) cannot be used:")
+            .replace("<slot>", storePath())
+            .replace("<folder>", folder)
+            .replace("<lock>", lock)
             .toStdString());
     // Nothing replaced, nothing left behind.
     EXPECT_EQ(fileBytes(kept), saved);

@@ -10,14 +10,14 @@
 namespace brivanta::testing {
 namespace {
 
-const QString endpoint = QStringLiteral("https://dns.example.test/c7e091");
+const QString endpoint = "https://dns.example.test/c7e091";
 
 SystemDnsObservation workingMachine()
 {
     SystemDnsObservation seen;
-    seen.phase = QStringLiteral("applied");
+    seen.phase = "applied";
     seen.appliedEndpoint = seen.forwarderEndpoint = endpoint;
-    seen.stack = QStringLiteral("resolvconf");
+    seen.stack = "resolvconf";
     seen.routingKnown = seen.forwarderRunning = true;
     seen.canary = SystemDnsObservation::Canary::Answered;
     return seen;
@@ -33,30 +33,26 @@ TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDo
         const char *reason; // empty: enabled
     } cases[] = {
         { [](auto &) {}, endpoint, "" },
-        { [](auto &s) { s.phase = QStringLiteral("disabled"); }, endpoint, "Not switched on." },
-        { [](auto &s) { s.phase = QStringLiteral("paused"); }, endpoint, "Not switched on." }, // pause over
+        { [](auto &s) { s.phase = "disabled"; }, endpoint, "Not switched on." },
+        { [](auto &s) { s.phase = "paused"; }, endpoint, "Not switched on." }, // pause over
         { [](auto &) {}, QString(), "Switched on for another DNS address." },
-        { [](auto &) {}, QStringLiteral("https://other.test/"), "Switched on for another DNS address." },
-        { [](auto &s) { s.routingKnown = false, s.routingProblem = QStringLiteral("Cannot read."); },
-            endpoint, "Cannot read." },
+        { [](auto &) {}, "https://other.test/", "Switched on for another DNS address." },
+        { [](auto &s) { s.routingKnown = false, s.routingProblem = "Cannot read."; }, endpoint,
+            "Cannot read." },
         { [](auto &s) {
-             s.otherServers = { QStringLiteral("192.0.2.1"), QStringLiteral("192.0.2.2") };
+             s.otherServers = { "192.0.2.1", "192.0.2.2" };
          },
             endpoint, "Names can still reach 192.0.2.1, 192.0.2.2 directly." },
         { [](auto &s) { s.canary = Canary::WrongAddress, s.forwarderRunning = false; }, endpoint,
             "The forwarder is not running." },
-        { [](auto &s) {
-             s.canary = Canary::NoAnswer, s.lastFailureMs = 2, s.lastError = QStringLiteral("HTTP 403");
-         },
+        { [](auto &s) { s.canary = Canary::NoAnswer, s.lastFailureMs = 2, s.lastError = "HTTP 403"; },
             endpoint, "The filtering resolver cannot be reached: HTTP 403." },
         { [](auto &s) { s.canary = Canary::NoAnswer, s.lastSuccessMs = 3, s.lastFailureMs = 2; }, endpoint,
             "Lookups do not go through Brivanta." },
         // Someone else answered: the forwarder's own trouble is not the reason.
-        { [](auto &s) {
-             s.canary = Canary::WrongAddress, s.lastFailureMs = 2, s.lastError = QStringLiteral("HTTP 403");
-         },
+        { [](auto &s) { s.canary = Canary::WrongAddress, s.lastFailureMs = 2, s.lastError = "HTTP 403"; },
             endpoint, "Lookups do not go through Brivanta." },
-        { [](auto &s) { s.forwarderEndpoint = QStringLiteral("https://old.test/"); }, endpoint,
+        { [](auto &s) { s.forwarderEndpoint = "https://old.test/"; }, endpoint,
             "Switched on for another DNS address." },
     };
     for (const auto &c : cases) {
@@ -69,11 +65,11 @@ TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDo
     }
 
     SystemDnsObservation paused = workingMachine();
-    paused.phase = QStringLiteral("paused");
+    paused.phase = "paused";
     paused.pausedUntilMs = QDateTime::currentMSecsSinceEpoch() + 60000;
     const SystemDnsVerdict verdict = decideStatus(paused, endpoint, paused.pausedUntilMs - 1);
     EXPECT_FALSE(verdict.enabled);
-    EXPECT_TRUE(verdict.reason.startsWith(QStringLiteral("Paused until ")));
+    EXPECT_TRUE(verdict.reason.startsWith("Paused until "));
 }
 
 // The probe on files in a temporary root, with the system resolver's answer scripted.
@@ -91,14 +87,16 @@ private:
     std::function<QString(const QString &)> m_answer;
 };
 
+using Status = std::pair<bool, QString>;
+
 class SystemDnsProbeTest : public SlotDirectory
 {
 protected:
     void SetUp() override
     {
         SlotDirectory::SetUp();
-        m_paths = { configHome() + QStringLiteral("/state.json"),
-            configHome() + QStringLiteral("/health.json"), configHome() + QStringLiteral("/resolv.conf") };
+        m_paths
+            = { configHome() + "/state.json", configHome() + "/health.json", configHome() + "/resolv.conf" };
         writeFile(m_paths.stateFile,
             QStringLiteral(R"({"phase": "applied", "endpoint": "%1", "stack": "resolvconf"})")
                 .arg(endpoint)
@@ -113,7 +111,7 @@ protected:
     }
 
     // isEnabled and statusReason after a load through the manager, as the app sees them.
-    std::pair<bool, QString> status(std::function<QString(const QString &)> answer)
+    Status status(std::function<QString(const QString &)> answer)
     {
         LinuxDNSSettingsManager manager(
             storePath(), std::make_shared<ScriptedProbe>(m_paths, std::move(answer)));
@@ -141,7 +139,7 @@ TEST_F(SystemDnsProbeTest, EnabledWhenAFreshCanaryComesBackWithTheForwardersAddr
     EXPECT_TRUE(enabled);
     EXPECT_EQ(reason, QString());
     ASSERT_EQ(asked.size(), 1);
-    EXPECT_TRUE(asked[0].endsWith(QStringLiteral(".canary.brivanta.test")));
+    EXPECT_TRUE(asked[0].endsWith(".canary.brivanta.test"));
     // A fresh name each time, so that no cache can answer for the forwarder.
     status([&](const QString &name) {
         asked << name;
@@ -152,16 +150,16 @@ TEST_F(SystemDnsProbeTest, EnabledWhenAFreshCanaryComesBackWithTheForwardersAddr
 
 TEST_F(SystemDnsProbeTest, LeaksAndStrangersAreNotEnabled)
 {
-    EXPECT_EQ(status([](const QString &) { return QStringLiteral("127.0.0.9"); }),
-        std::make_pair(false, QStringLiteral("Lookups do not go through Brivanta.")));
+    EXPECT_EQ(status([](const QString &) { return "127.0.0.9"; }),
+        Status(false, "Lookups do not go through Brivanta."));
 
     writeFile(m_paths.resolvConf, "nameserver 127.0.0.153\nnameserver 192.0.2.53\n");
     EXPECT_EQ(status(&SystemDnsProbeTest::forwarderAnswer),
-        std::make_pair(false, QStringLiteral("Names can still reach 192.0.2.53 directly.")));
+        Status(false, "Names can still reach 192.0.2.53 directly."));
 
     writeFile(m_paths.resolvConf, "# nobody named: glibc asks 127.0.0.1\n");
     EXPECT_EQ(status(&SystemDnsProbeTest::forwarderAnswer),
-        std::make_pair(false, QStringLiteral("Names can still reach 127.0.0.1 directly.")));
+        Status(false, "Names can still reach 127.0.0.1 directly."));
 }
 
 } // namespace

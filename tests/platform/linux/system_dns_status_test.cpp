@@ -29,31 +29,30 @@ TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDo
     const struct
     {
         std::function<void(SystemDnsObservation &)> change;
-        QString savedEndpoint;
         const char *reason; // empty: enabled
+        QString savedEndpoint = endpoint;
     } cases[] = {
-        { [](auto &) {}, endpoint, "" },
-        { [](auto &s) { s.phase = "disabled"; }, endpoint, "Not switched on." },
-        { [](auto &s) { s.phase = "paused"; }, endpoint, "Not switched on." }, // pause over
-        { [](auto &) {}, QString(), "Switched on for another DNS address." },
-        { [](auto &) {}, "https://other.test/", "Switched on for another DNS address." },
-        { [](auto &s) { s.routingKnown = false, s.routingProblem = "Cannot read."; }, endpoint,
-            "Cannot read." },
+        { [](auto &) {}, "" },
+        { [](auto &s) { s.phase = "disabled"; }, "Not switched on." },
+        { [](auto &s) { s.phase = "paused"; }, "Not switched on." }, // the pause is over
+        { [](auto &) {}, "Switched on for another DNS address.", "" },
+        { [](auto &) {}, "Switched on for another DNS address.", "https://other.test/" },
+        { [](auto &s) { s.forwarderEndpoint = "https://old.test/"; },
+            "Switched on for another DNS address." },
+        { [](auto &s) { s.routingKnown = false, s.routingProblem = "Cannot read."; }, "Cannot read." },
         { [](auto &s) {
              s.otherServers = { "192.0.2.1", "192.0.2.2" };
          },
-            endpoint, "Names can still reach 192.0.2.1, 192.0.2.2 directly." },
-        { [](auto &s) { s.canary = Canary::WrongAddress, s.forwarderRunning = false; }, endpoint,
+            "Names can still reach 192.0.2.1, 192.0.2.2 directly." },
+        { [](auto &s) { s.canary = Canary::WrongAddress, s.forwarderRunning = false; },
             "The forwarder is not running." },
         { [](auto &s) { s.canary = Canary::NoAnswer, s.lastFailureMs = 2, s.lastError = "HTTP 403"; },
-            endpoint, "The filtering resolver cannot be reached: HTTP 403." },
-        { [](auto &s) { s.canary = Canary::NoAnswer, s.lastSuccessMs = 3, s.lastFailureMs = 2; }, endpoint,
+            "The filtering resolver cannot be reached: HTTP 403." },
+        { [](auto &s) { s.canary = Canary::NoAnswer, s.lastSuccessMs = 3, s.lastFailureMs = 2; },
             "Lookups do not go through Brivanta." },
         // Someone else answered: the forwarder's own trouble is not the reason.
         { [](auto &s) { s.canary = Canary::WrongAddress, s.lastFailureMs = 2, s.lastError = "HTTP 403"; },
-            endpoint, "Lookups do not go through Brivanta." },
-        { [](auto &s) { s.forwarderEndpoint = "https://old.test/"; }, endpoint,
-            "Switched on for another DNS address." },
+            "Lookups do not go through Brivanta." },
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.reason);

@@ -173,19 +173,37 @@ protected:
     int steps = 0;
 };
 
-TEST_P(DnsApplyTest, EnableRoutesThroughTheForwarderAndDisableRestoresEveryByte)
+TEST_P(DnsApplyTest, EnableRoutesThroughTheForwarderAndPauseOrDisableGiveTheMachineItsOwnDnsBack)
 {
+    system.forwarderAnswers = false;
+    EXPECT_EQ(helper().enable(endpoint), "brivanta-dohd does not answer on 127.0.0.153:53");
+    expectRestored();
+    system.forwarderAnswers = true;
+    system.calls.clear();
+
     ASSERT_EQ(helper().enable(endpoint), std::nullopt);
     EXPECT_EQ(system.calls, GetParam().enableCalls);
     EXPECT_EQ(read(GetParam().routedFile), GetParam().routedText);
     EXPECT_EQ(read("/etc/brivanta/dohd.conf"),
         "# Written by brivanta-dns-apply. Local settings belong in dohd.local.conf beside it.\n"
         "endpoint = https://dns.example/q\nlisten = 127.0.0.153:53\nbootstrap = 192.0.2.1\n");
-    const QJsonObject state = helper().state();
-    EXPECT_EQ(state.value("phase"), "applied");
-    EXPECT_EQ(state.value("endpoint"), endpoint);
-    EXPECT_EQ(state.value("previousServers").toArray(), QJsonArray { "192.0.2.1" });
-    EXPECT_EQ(state.value("appliedAtMs").toInteger(), 1700000000000);
+    EXPECT_EQ(helper().state().value("endpoint"), endpoint);
+    EXPECT_EQ(helper().state().value("previousServers").toArray(), QJsonArray { "192.0.2.1" });
+    EXPECT_EQ(phase(), "applied");
+
+    system.calls.clear();
+    ASSERT_EQ(helper().pause(90), std::nullopt);
+    auto now = snapshot(), then = before;
+    EXPECT_EQ(now[GetParam().routedFile], then[GetParam().routedFile]);
+    EXPECT_EQ(helper().state().value("pausedUntilMs").toInteger(), 1700000000000 + 90000);
+    EXPECT_EQ(phase(), "paused");
+    EXPECT_TRUE(system.calls.contains(QFileInfo::exists(root.path() + "/run/systemd/system")
+            ? "systemd-run --on-active=90 --unit=brivanta-dns-resume --collect /helper resume"
+            : "resume in 90"))
+        << system.calls.join(" | ").toStdString();
+    ASSERT_EQ(helper().resume(), std::nullopt);
+    EXPECT_EQ(read(GetParam().routedFile), GetParam().routedText);
+    EXPECT_EQ(phase(), "applied");
 
     system.calls.clear();
     ASSERT_EQ(helper().disable(), std::nullopt);
@@ -195,72 +213,38 @@ TEST_P(DnsApplyTest, EnableRoutesThroughTheForwarderAndDisableRestoresEveryByte)
 
 TEST_P(DnsApplyTest, ACrashAfterAnyStepIsFinishedByDisableOrByEnablingAgain)
 {
-    for (bool thenEnable : { false, true }) {
+    // Runs `verb` stopped after step 1, 2, ... until it runs through, and `recover` after each stop.
+    const auto crashEverywhere = [&](auto verb, auto recover) {
         for (int crashAt = 1;; ++crashAt) {
-            SCOPED_TRACE(
-                testing::Message() << "crash after step " << crashAt << (thenEnable ? ", enable" : ""));
+            SCOPED_TRACE(testing::Message() << "crash after step " << crashAt);
             steps = 0;
             try {
-                helper(crashAt).enable(endpoint);
+                return verb(helper(crashAt));
             } catch (const Crash &) {
-                if (thenEnable) {
-                    ASSERT_EQ(helper().enable(endpoint), std::nullopt);
-                    EXPECT_EQ(read(GetParam().routedFile), GetParam().routedText);
-                    EXPECT_EQ(
-                        helper().state().value("previousServers").toArray(), QJsonArray { "192.0.2.1" });
-                }
-                ASSERT_EQ(helper().disable(), std::nullopt);
-                expectRestored();
-                continue;
+                recover();
             }
-            ASSERT_EQ(helper().disable(), std::nullopt);
-            break;
         }
-    }
-    // And a crash while disabling, then disable again.
-    ASSERT_EQ(helper().enable(endpoint), std::nullopt);
-    for (int crashAt = 1;; ++crashAt) {
-        SCOPED_TRACE(testing::Message() << "disable crashed after step " << crashAt);
-        steps = 0;
-        try {
-            helper(crashAt).disable();
-        } catch (const Crash &) {
-            ASSERT_EQ(helper().disable(), std::nullopt);
-            expectRestored();
-            ASSERT_EQ(helper().enable(endpoint), std::nullopt);
-            continue;
-        }
+    };
+    const auto enable = [&](DnsApply apply) { ASSERT_EQ(apply.enable(endpoint), std::nullopt); };
+    const auto disable = [&](DnsApply apply) { ASSERT_EQ(apply.disable(), std::nullopt); };
+    const auto disableRestores = [&] {
+        disable(helper());
         expectRestored();
-        break;
-    }
-}
-
-TEST_P(DnsApplyTest, PauseGivesTheMachineItsDnsBackUntilResume)
-{
-    ASSERT_EQ(helper().enable(endpoint), std::nullopt);
-    system.calls.clear();
-    ASSERT_EQ(helper().pause(90), std::nullopt);
-    auto now = snapshot(), then = before;
-    EXPECT_EQ(now[GetParam().routedFile], then[GetParam().routedFile]);
-    EXPECT_TRUE(read("/etc/brivanta/dohd.conf").contains("endpoint = https://dns.example/q"));
-    EXPECT_EQ(helper().state().value("pausedUntilMs").toInteger(), 1700000000000 + 90000);
-    EXPECT_EQ(phase(), "paused");
-    const QString schedule = QFileInfo::exists(root.path() + "/run/systemd/system")
-        ? "systemd-run --on-active=90 --unit=brivanta-dns-resume --collect /helper resume"
-        : "resume in 90";
-    EXPECT_TRUE(system.calls.contains(schedule)) << system.calls.join(" | ").toStdString();
-
-    ASSERT_EQ(helper().resume(), std::nullopt);
-    EXPECT_EQ(read(GetParam().routedFile), GetParam().routedText);
-    EXPECT_EQ(phase(), "applied");
-    ASSERT_EQ(helper().disable(), std::nullopt);
-    expectRestored();
-}
-
-TEST_P(DnsApplyTest, AForwarderThatNeverAnswersLeavesTheMachineAsItWas)
-{
-    system.forwarderAnswers = false;
-    EXPECT_EQ(helper().enable(endpoint), "brivanta-dohd does not answer on 127.0.0.153:53");
+    };
+    crashEverywhere(enable, disableRestores);
+    disableRestores();
+    crashEverywhere(enable, [&] {
+        enable(helper());
+        EXPECT_EQ(read(GetParam().routedFile), GetParam().routedText);
+        EXPECT_EQ(helper().state().value("previousServers").toArray(), QJsonArray { "192.0.2.1" });
+        disableRestores();
+    });
+    disableRestores();
+    enable(helper());
+    crashEverywhere(disable, [&] {
+        disableRestores();
+        enable(helper());
+    });
     expectRestored();
 }
 

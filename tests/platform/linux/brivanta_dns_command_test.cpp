@@ -10,33 +10,25 @@ namespace {
 struct CommandRun
 {
     int exitCode = -1;
-    QString out;
-    QString err;
+    QString out, err;
 };
 
 class BrivantaDnsCommandTest : public SlotDirectory
 {
 protected:
-    // The machine root is the empty test folder; the helper (with pkexec) is a script that logs its
-    // arguments and exits with m_helperExit, unless m_command names another.
-    CommandRun run(const QStringList &arguments)
+    // brivanta-dns with the test folder as its configuration home and machine root, and a script as its
+    // helper (with pkexec) that logs its arguments and fails when $FAIL is set. Later variables win.
+    CommandRun run(const QStringList &arguments, const QStringList &environment = {})
     {
-        const QString helper = configHome() + "/helper.sh";
-        writeFile(helper,
-            QStringLiteral("echo \"$*\" >> %1\n[ %2 = 0 ] || echo 'brivanta-dns-apply: the endpoint did not "
-                           "answer' >&2\nexit %2\n")
-                .arg(helperLog())
-                .arg(m_helperExit)
-                .toUtf8());
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("XDG_CONFIG_HOME", configHome());
-        environment.insert("BRIVANTA_SYSTEM_ROOT", configHome());
-        environment.insert("BRIVANTA_DNS_APPLY_COMMAND", m_command.isEmpty() ? "sh " + helper : m_command);
-        for (const auto &[name, value] : m_environment.asKeyValueRange())
-            environment.insert(name, value);
+        writeFile(configHome() + "/helper.sh",
+            "echo \"$*\" >> \"$HELPER_LOG\"\n"
+            "[ -z \"$FAIL\" ] || { echo 'brivanta-dns-apply: the endpoint did not answer' >&2; exit 1; }\n");
         QProcess process;
-        process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(BRIVANTA_DNS_BINARY), arguments);
+        process.setEnvironment(QProcess::systemEnvironment()
+            + QStringList { "XDG_CONFIG_HOME=" + configHome(), "BRIVANTA_SYSTEM_ROOT=" + configHome(),
+                "BRIVANTA_DNS_APPLY_COMMAND=sh " + configHome() + "/helper.sh", "HELPER_LOG=" + helperLog() }
+            + environment);
+        process.start(BRIVANTA_DNS_BINARY, arguments);
         EXPECT_TRUE(process.waitForFinished(30000));
         EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
         return CommandRun { process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
@@ -44,9 +36,6 @@ protected:
     }
 
     QString helperLog() const { return configHome() + "/helper.log"; }
-    int m_helperExit = 0;
-    QString m_command;
-    QMap<QString, QString> m_environment;
 };
 
 TEST_F(BrivantaDnsCommandTest, StatusShowsTheSavedSettingsEscapedSaysWhyBlockingIsOffAndExits1)
@@ -94,8 +83,7 @@ TEST_F(BrivantaDnsCommandTest, AsksTheHelperWithTheSavedEndpointAndReportsItsFai
     EXPECT_EQ(
         fileBytes(helperLog()), QByteArray("enable https://dns.example.test/c7e091\npause 300\ndisable\n"));
 
-    m_helperExit = 1;
-    const CommandRun failed = run({ "enable" });
+    const CommandRun failed = run({ "enable" }, { "FAIL=1" });
     EXPECT_EQ(failed.exitCode, 1);
     EXPECT_EQ(failed.err, "the endpoint did not answer\n");
 
@@ -103,8 +91,8 @@ TEST_F(BrivantaDnsCommandTest, AsksTheHelperWithTheSavedEndpointAndReportsItsFai
     const QString pkexec = configHome() + "/pkexec";
     writeFile(pkexec, "#!/bin/sh\nexit 126\n");
     QFile::setPermissions(pkexec, QFile::ReadOwner | QFile::ExeOwner);
-    m_command = pkexec + " /nonexistent/brivanta-dns-apply";
-    const CommandRun cancelled = run({ "enable" });
+    const CommandRun cancelled
+        = run({ "enable" }, { "BRIVANTA_DNS_APPLY_COMMAND=" + pkexec + " /nonexistent/brivanta-dns-apply" });
     EXPECT_EQ(cancelled.exitCode, 1);
     EXPECT_EQ(cancelled.err, "Switching on was cancelled.\n");
 }
@@ -127,13 +115,11 @@ TEST_F(BrivantaDnsCommandTest, DamagedStoreIsOneSentenceOnStandardErrorAndStaysA
 
 TEST_F(BrivantaDnsCommandTest, HelpSaysWhereTheSlotIsAndARelativeConfigHomeCountsAsUnset)
 {
-    const CommandRun result = run({ "--help" });
+    const CommandRun result = run({ "--help" }, { "XDG_CONFIG_HOME=relative", "HOME=" + configHome() });
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_TRUE(result.out.startsWith("Usage: brivanta-dns <command>\n"));
-    EXPECT_TRUE(result.out.contains("\n  " + storePath() + "\n"));
-
-    m_environment = { { "XDG_CONFIG_HOME", "relative" }, { "HOME", configHome() } };
-    EXPECT_TRUE(run({ "--help" }).out.contains("\n  " + configHome() + "/.config/brivanta/dns-slot.json\n"));
+    EXPECT_TRUE(result.out.contains("\n  " + configHome() + "/.config/brivanta/dns-slot.json\n"))
+        << result.out.toStdString();
 }
 
 } // namespace

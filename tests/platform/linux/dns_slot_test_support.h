@@ -35,7 +35,8 @@ protected:
     }
 
     // Saves through a manager of its own, as an earlier run of the app would have.
-    Result saveSlot(const NEDNSSettings &settings, std::vector<NEOnDemandRule> rules = {}) const
+    Result saveSlot(
+        const std::optional<NEDNSSettings> &settings, std::vector<NEOnDemandRule> rules = {}) const
     {
         LinuxDNSSettingsManager manager(storePath());
         manager.setDnsSettings(settings);

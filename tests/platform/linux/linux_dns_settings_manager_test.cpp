@@ -6,6 +6,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QScopeGuard>
 #include <csignal>
 #include <cstring>
 #include <sys/resource.h>
@@ -28,7 +29,7 @@ struct stat statOf(const QString &path)
 
 using LinuxDNSSettingsManagerTest = SlotDirectory;
 
-TEST_F(LinuxDNSSettingsManagerTest, SavedConfigurationLoadsBackInAnotherManagerPrivately)
+TEST_F(LinuxDNSSettingsManagerTest, SavedConfigurationLoadsBackInAnotherManagerPrivatelyUntilRemoved)
 {
     const std::vector<NEOnDemandRule> rules {
         { NEOnDemandRule::Kind::Connect, 2, QStringList {}, { "home.lan" }, {}, QUrl("https://probe.test/") },
@@ -37,14 +38,21 @@ TEST_F(LinuxDNSSettingsManagerTest, SavedConfigurationLoadsBackInAnotherManagerP
     const NEDNSSettings settings
         = NEDNSOverHTTPSSettings { { "9.9.9.9", "::1" }, QUrl("https://dns.example.test/c7e091") };
     ASSERT_EQ(saveSlot(settings, rules), std::nullopt);
+    EXPECT_EQ(statOf(storePath()).st_mode & 07777, 0600u);
+    EXPECT_EQ(statOf(QFileInfo(storePath()).absolutePath()).st_mode & 07777, 0700u);
 
     LinuxDNSSettingsManager other(storePath());
     ASSERT_EQ(load(other), std::nullopt);
     EXPECT_EQ(other.dnsSettings(), settings);
     EXPECT_EQ(other.onDemandRules(), rules);
     EXPECT_FALSE(other.isEnabled());
-    EXPECT_EQ(statOf(storePath()).st_mode & 07777, 0600u);
-    EXPECT_EQ(statOf(QFileInfo(storePath()).absolutePath()).st_mode & 07777, 0700u);
+
+    EXPECT_EQ(remove(other), std::nullopt);
+    EXPECT_FALSE(QFileInfo::exists(storePath()));
+    EXPECT_EQ(other.dnsSettings(), std::nullopt);
+    other.setDnsSettings(goodHttps);
+    EXPECT_EQ(load(other), std::nullopt); // no file: nothing saved
+    EXPECT_EQ(other.dnsSettings(), std::nullopt);
 }
 
 // Every launch after the first saves the same configuration again: that must succeed, writing nothing.
@@ -95,19 +103,6 @@ TEST_F(LinuxDNSSettingsManagerTest, KeysOfOtherVersionsLoadAndAreKeptButTheMachi
     EXPECT_EQ(rewritten.value("enabled"), true);
 }
 
-TEST_F(LinuxDNSSettingsManagerTest, RemoveDeletesTheConfigurationAndNoFileLoadsAsNothingSaved)
-{
-    ASSERT_EQ(saveSlot(goodHttps), std::nullopt);
-    LinuxDNSSettingsManager manager(storePath());
-    ASSERT_EQ(load(manager), std::nullopt);
-    EXPECT_EQ(remove(manager), std::nullopt);
-    EXPECT_FALSE(QFileInfo::exists(storePath()));
-    EXPECT_EQ(manager.dnsSettings(), std::nullopt);
-    manager.setDnsSettings(goodHttps);
-    EXPECT_EQ(load(manager), std::nullopt);
-    EXPECT_EQ(manager.dnsSettings(), std::nullopt);
-}
-
 TEST_F(LinuxDNSSettingsManagerTest, InvalidSettingsAreRefusedWithCode1AndNothingIsWritten)
 {
     const auto rule = [](qint64 interfaceType, std::optional<QUrl> probe) {
@@ -133,10 +128,7 @@ TEST_F(LinuxDNSSettingsManagerTest, InvalidSettingsAreRefusedWithCode1AndNothing
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.description);
-        LinuxDNSSettingsManager manager(storePath());
-        manager.setDnsSettings(c.settings);
-        manager.setOnDemandRules(c.rules);
-        const Result error = save(manager);
+        const Result error = saveSlot(c.settings, c.rules);
         ASSERT_TRUE(error.has_value());
         EXPECT_EQ(error->domain, "NEConfigurationErrorDomain");
         EXPECT_EQ(error->code, 1);
@@ -149,19 +141,17 @@ TEST_F(LinuxDNSSettingsManagerTest, InvalidSettingsAreRefusedWithCode1AndNothing
 TEST_F(LinuxDNSSettingsManagerTest, ADamagedStoreIsReportedByEveryOperationAndLeftUntouched)
 {
     const char *const cases[] = {
-        "{\"format\": 1, \"enabled\": tru",
+        R"({"format": 1, "enabled": tru)",
         "[]",
-        "{\"format\": 2, \"enabled\": false}",
-        "{\"enabled\": false}",
-        "{\"format\": 1, \"dnsSettings\": {\"protocol\": \"dnsOverQUIC\", \"servers\": []}}",
-        "{\"format\": 1, \"onDemandRules\": [{\"action\": \"connect\"}]}",
+        R"({"format": 2, "enabled": false})",
+        R"({"format": 1, "dnsSettings": {"protocol": "dnsOverQUIC", "servers": []}})",
+        R"({"format": 1, "onDemandRules": [{"action": "connect"}]})",
         // Values that could not be written back as they are.
-        "{\"format\": 1, \"dnsSettings\": {\"protocol\": \"dnsOverHTTPS\", \"servers\": [], \"serverURL\": "
-        "\"https://a b/\"}}",
-        "{\"format\": 1, \"onDemandRules\": [{\"action\": \"connect\", \"interfaceTypeMatch\": 2.5, "
-        "\"dnsSearchDomainMatch\": [], \"dnsServerAddressMatch\": []}]}",
-        "{\"format\": 1, \"onDemandRules\": [{\"action\": \"connect\", \"interfaceTypeMatch\": 1e300, "
-        "\"dnsSearchDomainMatch\": [], \"dnsServerAddressMatch\": []}]}",
+        R"({"format": 1, "dnsSettings": {"protocol": "dnsOverHTTPS", "servers": [], "serverURL": "https://a b/"}})",
+        R"({"format": 1, "onDemandRules": [{"action": "connect", "interfaceTypeMatch": 2.5, )"
+        R"("dnsSearchDomainMatch": [], "dnsServerAddressMatch": []}]})",
+        R"({"format": 1, "onDemandRules": [{"action": "connect", "interfaceTypeMatch": 1e300, )"
+        R"("dnsSearchDomainMatch": [], "dnsServerAddressMatch": []}]})",
     };
     ASSERT_TRUE(QDir().mkpath(QFileInfo(storePath()).absolutePath()));
     for (const QByteArray bytes : cases) {
@@ -183,77 +173,6 @@ TEST_F(LinuxDNSSettingsManagerTest, ADamagedStoreIsReportedByEveryOperationAndLe
     }
 }
 
-struct SlotPaths
-{
-    const char *slot, *folder, *lock;
-};
-
-// Each row turns a saved slot into one way the store can fail.
-struct StoreFailureCase
-{
-    const char *name;
-    bool moveAside; // the saved file goes to <slot>.kept first, so that something else can take its place
-    int (*arrange)(const SlotPaths &); // 0, or -1 and errno
-    // <slot>, <folder> and <lock> stand for their paths; <read>, <unsafe> and <unusable> for the sentence
-    // that begins a failure to read the slot, to trust its folder and to use its lock file.
-    const char *description;
-    friend void PrintTo(const StoreFailureCase &c, std::ostream *os) { *os << c.name; }
-};
-
-class StoreFailureTest : public SlotDirectory, public ::testing::WithParamInterface<StoreFailureCase>
-{
-protected:
-    void TearDown() override
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_fileSizeLimit);
-        qunsetenv("BRIVANTA_DNS_SLOT_SYNC_ERRNO");
-    }
-    rlimit m_fileSizeLimit = [] {
-        rlimit limit {};
-        ::getrlimit(RLIMIT_FSIZE, &limit);
-        return limit;
-    }();
-};
-
-TEST_P(StoreFailureTest, NamesItsCauseAndKeepsTheSavedFile)
-{
-    ASSERT_EQ(saveSlot(goodHttps), std::nullopt);
-    const QString folder = QFileInfo(storePath()).absolutePath();
-    const QString lock = storePath() + ".lock";
-    const QString kept = GetParam().moveAside ? storePath() + ".kept" : storePath();
-    ASSERT_TRUE(QFile::rename(storePath(), kept) || !GetParam().moveAside);
-    std::signal(SIGXFSZ, SIG_IGN); // a write past RLIMIT_FSIZE fails instead of ending the process
-    const QByteArray paths[]
-        = { QFile::encodeName(storePath()), QFile::encodeName(folder), QFile::encodeName(lock) };
-    if (GetParam().arrange({ paths[0].constData(), paths[1].constData(), paths[2].constData() }) != 0) {
-        if (errno == EPERM)
-            GTEST_SKIP() << "needs root to arrange this case";
-        FAIL() << "cannot arrange the case: " << std::strerror(errno);
-    }
-    const QStringList entries = QDir(folder).entryList(QDir::AllEntries | QDir::System);
-    const QByteArray saved = fileBytes(kept);
-    ASSERT_TRUE(saved.contains("dns.example.test"));
-
-    const auto error = DnsSlotStore(storePath()).update([](DnsSlot &slot) {
-        slot.dnsSettings = httpsSettings("https://other.test/x");
-        return DnsSlotStore::Change::Write;
-    });
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code, 5);
-    EXPECT_EQ(error->localizedDescription.toStdString(),
-        QString::fromUtf8(GetParam().description)
-            .replace("<read>", "The saved DNS configuration (<slot>) could not be read:")
-            .replace("<unsafe>", "The folder of the DNS configuration (<folder>) is not safe to use:")
-            .replace("<unusable>", "The lock file of the DNS configuration (<lock>) cannot be used:")
-            .replace("<slot>", storePath())
-            .replace("<folder>", folder)
-            .replace("<lock>", lock)
-            .toStdString());
-    // Nothing replaced, nothing left behind.
-    EXPECT_EQ(fileBytes(kept), saved);
-    EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::System), entries);
-}
-
 // Gives a path to user 65534; only root may.
 int giveAway(const char *path)
 {
@@ -263,46 +182,99 @@ int giveAway(const char *path)
     return -1;
 }
 
-INSTANTIATE_TEST_SUITE_P(Store, StoreFailureTest,
-    ::testing::Values(
+TEST_F(LinuxDNSSettingsManagerTest, AStoreThatCannotBeUsedSafelyNamesItsCauseAndKeepsTheSavedFile)
+{
+    struct Paths
+    {
+        const char *slot, *folder, *lock;
+    };
+    // Each row turns a saved slot into one way the store can fail. In the description <slot>, <folder> and
+    // <lock> stand for their paths; <read>, <unsafe> and <unusable> for the sentence that begins a failure
+    // to read the slot, to trust its folder and to use its lock file.
+    const struct
+    {
+        bool moveAside; // the saved file goes to <slot>.kept first, so that something else can take its place
+        int (*arrange)(const Paths &); // 0, or -1 and errno
+        const char *description;
+    } cases[] = {
         // A write that stops short after 64 bytes and then fails, as on a nearly full disk.
-        StoreFailureCase { "ShortWrite", false,
-            [](const SlotPaths &) {
+        { false,
+            [](const Paths &) {
                 const rlimit limit { 64, RLIM_INFINITY };
                 return ::setrlimit(RLIMIT_FSIZE, &limit);
             },
             "The DNS configuration could not be written to <slot>: File too large." },
-        StoreFailureCase { "SyncFails", false,
-            [](const SlotPaths &) { return ::setenv("BRIVANTA_DNS_SLOT_SYNC_ERRNO", "5", 1); },
+        { false, [](const Paths &) { return ::setenv("BRIVANTA_DNS_SLOT_SYNC_ERRNO", "5", 1); },
             "The DNS configuration could not be written to <slot>: Input/output error." },
-        StoreFailureCase { "SymbolicLink", true,
-            [](const SlotPaths &p) { return ::symlink("dns-slot.json.kept", p.slot); },
+        { true, [](const Paths &p) { return ::symlink("dns-slot.json.kept", p.slot); },
             "<read> it is a symbolic link, which is not followed." },
-        StoreFailureCase { "Fifo", true, [](const SlotPaths &p) { return ::mkfifo(p.slot, 0600); },
+        { true, [](const Paths &p) { return ::mkfifo(p.slot, 0600); },
             "<read> it is a FIFO, not a regular file." },
-        StoreFailureCase { "Device", true, // the null device; making one needs root
-            [](const SlotPaths &p) { return ::mknod(p.slot, S_IFCHR | 0600, makedev(1, 3)); },
+        { true, [](const Paths &p) { return ::mknod(p.slot, S_IFCHR | 0600, makedev(1, 3)); }, // needs root
             "<read> it is a device, not a regular file." },
-        StoreFailureCase { "Folder", true, [](const SlotPaths &p) { return ::mkdir(p.slot, 0700); },
-            "<read> it is a folder, not a file." },
-        StoreFailureCase { "TooLarge", false,
-            [](const SlotPaths &p) { return ::truncate(p.slot, DnsSlotStore::maxFileSize + 1); },
+        { true, [](const Paths &p) { return ::mkdir(p.slot, 0700); }, "<read> it is a folder, not a file." },
+        { false, [](const Paths &p) { return ::truncate(p.slot, DnsSlotStore::maxFileSize + 1); },
             "<read> it is too large (more than 1048576 bytes)." },
-        StoreFailureCase { "FolderOfAnotherUser", false,
-            [](const SlotPaths &p) { return giveAway(p.folder); },
+        { false, [](const Paths &p) { return giveAway(p.folder); },
             "<unsafe> it belongs to user 65534, not to this user (0)." },
-        StoreFailureCase { "FolderWritableByOthers", false,
-            [](const SlotPaths &p) { return ::chmod(p.folder, 0770); },
+        { false, [](const Paths &p) { return ::chmod(p.folder, 0770); },
             "<unsafe> other users can write to it (mode 0770); run “chmod go-w” on it." },
-        StoreFailureCase { "LockIsAFolder", false,
-            [](const SlotPaths &p) { return ::unlink(p.lock) == 0 ? ::mkdir(p.lock, 0700) : -1; },
+        { false, [](const Paths &p) { return ::unlink(p.lock) == 0 ? ::mkdir(p.lock, 0700) : -1; },
             "<unusable> Is a directory." },
-        StoreFailureCase { "LockIsALink", false,
-            [](const SlotPaths &p) { return ::unlink(p.lock) == 0 ? ::symlink("x", p.lock) : -1; },
+        { false, [](const Paths &p) { return ::unlink(p.lock) == 0 ? ::symlink("x", p.lock) : -1; },
             "<unusable> it is a symbolic link, which is not followed." },
-        StoreFailureCase { "LockOfAnotherUser", false, [](const SlotPaths &p) { return giveAway(p.lock); },
-            "<unusable> it belongs to user 65534, not to this user (0)." }),
-    [](const auto &info) { return std::string(info.param.name); });
+        { false, [](const Paths &p) { return giveAway(p.lock); },
+            "<unusable> it belongs to user 65534, not to this user (0)." },
+    };
+    const QString folder = QFileInfo(storePath()).absolutePath();
+    const QString lock = storePath() + ".lock";
+    const QByteArray paths[]
+        = { QFile::encodeName(storePath()), QFile::encodeName(folder), QFile::encodeName(lock) };
+    rlimit fileSizeLimit {};
+    ::getrlimit(RLIMIT_FSIZE, &fileSizeLimit);
+    std::signal(SIGXFSZ, SIG_IGN); // a write past RLIMIT_FSIZE fails instead of ending the process
+    QStringList needRoot;
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.description);
+        const auto restore = qScopeGuard([&] {
+            ::setrlimit(RLIMIT_FSIZE, &fileSizeLimit);
+            qunsetenv("BRIVANTA_DNS_SLOT_SYNC_ERRNO");
+        });
+        ASSERT_TRUE(QDir(folder).removeRecursively());
+        ASSERT_EQ(saveSlot(goodHttps), std::nullopt);
+        const QString kept = c.moveAside ? storePath() + ".kept" : storePath();
+        ASSERT_TRUE(!c.moveAside || QFile::rename(storePath(), kept));
+        if (c.arrange({ paths[0].constData(), paths[1].constData(), paths[2].constData() }) != 0) {
+            ASSERT_EQ(errno, EPERM) << "cannot arrange the case: " << std::strerror(errno);
+            needRoot << c.description;
+            continue;
+        }
+        const QStringList entries = QDir(folder).entryList(QDir::AllEntries | QDir::System);
+        const QByteArray saved = fileBytes(kept);
+        ASSERT_TRUE(saved.contains("dns.example.test"));
+
+        const auto error = DnsSlotStore(storePath()).update([](DnsSlot &slot) {
+            slot.dnsSettings = httpsSettings("https://other.test/x");
+            return DnsSlotStore::Change::Write;
+        });
+        ASSERT_TRUE(error.has_value());
+        EXPECT_EQ(error->code, 5);
+        EXPECT_EQ(error->localizedDescription.toStdString(),
+            QString::fromUtf8(c.description)
+                .replace("<read>", "The saved DNS configuration (<slot>) could not be read:")
+                .replace("<unsafe>", "The folder of the DNS configuration (<folder>) is not safe to use:")
+                .replace("<unusable>", "The lock file of the DNS configuration (<lock>) cannot be used:")
+                .replace("<slot>", storePath())
+                .replace("<folder>", folder)
+                .replace("<lock>", lock)
+                .toStdString());
+        // Nothing replaced, nothing left behind.
+        EXPECT_EQ(fileBytes(kept), saved);
+        EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::System), entries);
+    }
+    if (!needRoot.isEmpty())
+        GTEST_SKIP() << "needs root: " << needRoot.join("; ").toStdString();
+}
 
 } // namespace
 } // namespace brivanta::testing

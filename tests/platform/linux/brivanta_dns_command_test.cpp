@@ -49,7 +49,7 @@ TEST_F(BrivantaDnsCommandTest, StatusShowsTheSavedSettingsEscapedSaysWhyBlocking
     EXPECT_TRUE(result.out.endsWith("Blocking: off. Not switched on.\n")) << result.out.toStdString();
 }
 
-TEST_F(BrivantaDnsCommandTest, MistakesAreOneSentenceOnStandardErrorAndSaveNothing)
+TEST_F(BrivantaDnsCommandTest, MistakesAndADamagedStoreAreOneSentenceOnStandardErrorAndChangeNothing)
 {
     const struct
     {
@@ -72,6 +72,19 @@ TEST_F(BrivantaDnsCommandTest, MistakesAreOneSentenceOnStandardErrorAndSaveNothi
     }
     EXPECT_FALSE(QFileInfo::exists(storePath()));
     EXPECT_FALSE(QFileInfo::exists(helperLog()));
+
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(storePath()).absolutePath()));
+    writeFile(storePath(), "not json");
+    for (const char *command : { "status", "enable" }) {
+        const CommandRun result = run({ command });
+        EXPECT_EQ(result.exitCode, 1) << command;
+        EXPECT_TRUE(result.err.startsWith("The saved DNS configuration (" + storePath() + ") is damaged ("))
+            << result.err.toStdString();
+        EXPECT_TRUE(result.err.endsWith("); fix or delete the file.\n"));
+        EXPECT_EQ(result.err.count('\n'), 1);
+        EXPECT_EQ(result.out, QString());
+    }
+    EXPECT_EQ(fileBytes(storePath()), "not json"); // left for the user to fix
 }
 
 TEST_F(BrivantaDnsCommandTest, AsksTheHelperWithTheSavedEndpointAndReportsItsFailure)
@@ -95,22 +108,6 @@ TEST_F(BrivantaDnsCommandTest, AsksTheHelperWithTheSavedEndpointAndReportsItsFai
         = run({ "enable" }, { "BRIVANTA_DNS_APPLY_COMMAND=" + pkexec + " /nonexistent/brivanta-dns-apply" });
     EXPECT_EQ(cancelled.exitCode, 1);
     EXPECT_EQ(cancelled.err, "Switching on was cancelled.\n");
-}
-
-TEST_F(BrivantaDnsCommandTest, DamagedStoreIsOneSentenceOnStandardErrorAndStaysAsItIs)
-{
-    ASSERT_TRUE(QDir().mkpath(QFileInfo(storePath()).absolutePath()));
-    writeFile(storePath(), "not json");
-    for (const char *command : { "status", "enable" }) {
-        const CommandRun result = run({ QString::fromLatin1(command) });
-        EXPECT_EQ(result.exitCode, 1) << command;
-        EXPECT_TRUE(result.err.startsWith("The saved DNS configuration (" + storePath() + ") is damaged ("))
-            << result.err.toStdString();
-        EXPECT_TRUE(result.err.endsWith("); fix or delete the file.\n"));
-        EXPECT_EQ(result.err.count(QLatin1Char('\n')), 1);
-        EXPECT_EQ(result.out, QString());
-    }
-    EXPECT_EQ(fileBytes(storePath()), QByteArray("not json"));
 }
 
 TEST_F(BrivantaDnsCommandTest, HelpSaysWhereTheSlotIsAndARelativeConfigHomeCountsAsUnset)

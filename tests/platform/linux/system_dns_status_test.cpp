@@ -72,18 +72,12 @@ TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDo
 }
 
 // The probe on files in a temporary root, with the system resolver's answer scripted.
-class ScriptedProbe : public SystemDnsProbe
+struct ScriptedProbe : SystemDnsProbe
 {
-public:
-    ScriptedProbe(const SystemDnsPaths &paths, std::function<QString(const QString &)> answer)
-        : SystemDnsProbe(paths)
-        , m_answer(std::move(answer))
-    { }
-    QString lookupIPv4(const QString &name) const override { return m_answer(name); }
+    using SystemDnsProbe::SystemDnsProbe;
+    QString lookupIPv4(const QString &name) const override { return answer(name); }
     bool forwarderAlive(qint64 pid) const override { return pid == ::getpid(); }
-
-private:
-    std::function<QString(const QString &)> m_answer;
+    std::function<QString(const QString &)> answer;
 };
 
 using Status = std::pair<bool, QString>;
@@ -102,8 +96,7 @@ protected:
                 .toUtf8());
         writeFile(m_paths.healthFile,
             QStringLiteral(R"({"pid": %1, "endpoint": "%2", "canarySecret": "%3"})")
-                .arg(::getpid())
-                .arg(endpoint, QString::fromLatin1(secret.toHex()))
+                .arg(QString::number(::getpid()), endpoint, secret.toHex())
                 .toUtf8());
         writeFile(m_paths.resolvConf, "nameserver 127.0.0.153\n");
         ASSERT_EQ(saveSlot(httpsSettings(endpoint)), std::nullopt);
@@ -112,8 +105,9 @@ protected:
     // isEnabled and statusReason after a load through the manager, as the app sees them.
     Status status(std::function<QString(const QString &)> answer)
     {
-        LinuxDNSSettingsManager manager(
-            storePath(), std::make_shared<ScriptedProbe>(m_paths, std::move(answer)));
+        const auto probe = std::make_shared<ScriptedProbe>(m_paths);
+        probe->answer = std::move(answer);
+        LinuxDNSSettingsManager manager(storePath(), probe);
         EXPECT_EQ(load(manager), std::nullopt);
         return { manager.isEnabled(), manager.statusReason() };
     }

@@ -147,7 +147,8 @@ TEST_F(LinuxDNSSettingsManagerTest, ADamagedStoreIsReportedByEveryOperationAndLe
         R"({"format": 1, "dnsSettings": {"protocol": "dnsOverQUIC", "servers": []}})",
         R"({"format": 1, "onDemandRules": [{"action": "connect"}]})",
         // Values that could not be written back as they are.
-        R"({"format": 1, "dnsSettings": {"protocol": "dnsOverHTTPS", "servers": [], "serverURL": "https://a b/"}})",
+        R"({"format": 1, "dnsSettings": {"protocol": "dnsOverHTTPS", "servers": [], )"
+        R"("serverURL": "https://a b/"}})",
         R"({"format": 1, "onDemandRules": [{"action": "connect", "interfaceTypeMatch": 2.5, )"
         R"("dnsSearchDomainMatch": [], "dnsServerAddressMatch": []}]})",
         R"({"format": 1, "onDemandRules": [{"action": "connect", "interfaceTypeMatch": 1e300, )"

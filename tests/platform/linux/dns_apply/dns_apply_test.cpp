@@ -194,6 +194,7 @@ TEST_P(DnsApplyTest, EnableRoutesThroughTheForwarderAndPauseOrDisableGiveTheMach
     ASSERT_EQ(helper().pause(90), std::nullopt);
     auto now = snapshot(), then = before;
     EXPECT_EQ(now[GetParam().routedFile], then[GetParam().routedFile]);
+    EXPECT_TRUE(read("/etc/brivanta/dohd.conf").contains("endpoint = https://dns.example/q"));
     EXPECT_EQ(helper().state().value("pausedUntilMs").toInteger(), 1700000000000 + 90000);
     EXPECT_EQ(phase(), "paused");
     EXPECT_TRUE(system.calls.contains(QFileInfo::exists(root.path() + "/run/systemd/system")

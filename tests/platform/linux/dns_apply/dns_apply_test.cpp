@@ -48,6 +48,7 @@ struct Machine
     QByteArray routedText;
     QStringList enableCalls;
     QStringList disableCalls;
+    friend void PrintTo(const Machine &machine, std::ostream *out) { *out << machine.name; }
 };
 
 const QByteArray written = "# Written by brivanta-dns-apply: every lookup goes to brivanta-dohd.";
@@ -86,11 +87,6 @@ const Machine machines[] = {
         startWithoutSystemd + QStringList { "nmcli general reload conf dns-rc" },
         { "nmcli general reload conf dns-rc", "stop forwarder" } },
 };
-
-void PrintTo(const Machine &machine, std::ostream *out)
-{
-    *out << machine.name;
-}
 
 const QString endpoint = "https://dns.example/q";
 
@@ -253,13 +249,12 @@ INSTANTIATE_TEST_SUITE_P(Machines, DnsApplyTest, ::testing::ValuesIn(machines),
 
 TEST(DnsApplyDetection, StackAndPreviousServersComeFromTheRunningResolver)
 {
-    struct Case
+    const struct
     {
         std::map<QString, QByteArray> files;
         ResolverStack stack;
         QStringList servers;
-    };
-    const Case cases[] = {
+    } cases[] = {
         { {}, ResolverStack::ResolvConf, {} },
         { { { "/etc/resolv.conf",
               "# c\nnameserver 192.0.2.1\nnameserver  192.0.2.1\nnameserver 127.0.0.153\n"
@@ -278,7 +273,7 @@ TEST(DnsApplyDetection, StackAndPreviousServersComeFromTheRunningResolver)
         { { { "/run/NetworkManager/x", "" }, { "/etc/resolv.conf", "nameserver 10.0.0.1\n" } },
             ResolverStack::ResolvConf, { "10.0.0.1" } },
     };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         QTemporaryDir root;
         for (const auto &[path, contents] : c.files)
             makeEntry(root.path(), path, contents);

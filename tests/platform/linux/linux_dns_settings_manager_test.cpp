@@ -45,7 +45,6 @@ TEST_F(LinuxDNSSettingsManagerTest, SavedConfigurationLoadsBackInAnotherManagerP
     ASSERT_EQ(load(other), std::nullopt);
     EXPECT_EQ(other.dnsSettings(), settings);
     EXPECT_EQ(other.onDemandRules(), rules);
-    EXPECT_FALSE(other.isEnabled());
 
     EXPECT_EQ(remove(other), std::nullopt);
     EXPECT_FALSE(QFileInfo::exists(storePath()));

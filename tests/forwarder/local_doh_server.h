@@ -1,52 +1,97 @@
 #pragma once
 
-// A local DNS-over-HTTPS server for tests: Debian's unbound on loopback, HTTP/2 with a self-signed
-// certificate made at start, plus a plain-DNS port that bootstraps can ask. Header-only so that every
-// test executable of the forwarder can take it without a library.
-//
-// Serves the names given to start() from a static "test." zone (anything else there is NXDOMAIN) and
-// always the endpoint's own host, host(), as 127.0.0.1. stop() then start() again keeps the ports, the
-// certificate and the URL: for tests of an upstream that goes away and comes back.
+// A local DNS-over-HTTPS server for the forwarder's tests: Debian's unbound on loopback, HTTP/2 with a
+// self-signed certificate made at first start, plus a plain-DNS port that bootstraps can ask. It serves
+// zone() from a static "test." zone (anything else there is NXDOMAIN) and its own host as 127.0.0.1.
+// stop() then start() keeps the ports, the certificate and the URL: an upstream that goes away and back.
 
-#include <QDir>
-#include <QFile>
+#include "forwarder/dns_message.h"
+
 #include <QProcess>
 #include <QStandardPaths>
-#include <QStringList>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QtEndian>
 #include <arpa/inet.h>
+#include <gtest/gtest.h>
 #include <memory>
 #include <netinet/in.h>
-#include <optional>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace brivanta::test {
 
+constexpr int bigRecords = 60; // big.e2e.test: about 1 KB, more than a plain UDP client's 512 bytes
+
+inline QStringList zone()
+{
+    QStringList lines { QStringLiteral("a.e2e.test. 300 IN A 192.0.2.10"),
+        QStringLiteral("b.e2e.test. 300 IN A 192.0.2.11") };
+    for (int i = 0; i < 20; ++i)
+        lines << QStringLiteral("h%1.upstream.test. 300 IN A 192.0.2.%1").arg(i);
+    for (int i = 1; i <= bigRecords; ++i)
+        lines << QStringLiteral("big.e2e.test. 300 IN A 198.51.100.%1").arg(i);
+    return lines;
+}
+
+inline std::vector<quint32> addresses(const QByteArray &answer)
+{
+    std::vector<quint32> out;
+    for (const dns::ResourceRecord &r :
+        dns::answerRecords(answer).value_or(std::vector<dns::ResourceRecord>()))
+        if (r.type == dns::RRType::A && r.rdata.size() == 4)
+            out.push_back(qFromBigEndian<quint32>(r.rdata.constData()));
+    return out;
+}
+
+inline sockaddr_in loopback(quint16 port)
+{
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+// Binds (or with connect, connects) and closes at once: the port, or 0.
+inline quint16 tryLoopback(int type, quint16 port, bool connect = false)
+{
+    const int fd = ::socket(AF_INET, type | SOCK_CLOEXEC, 0);
+    sockaddr_in address = loopback(port);
+    socklen_t length = sizeof address;
+    auto *raw = reinterpret_cast<sockaddr *>(&address);
+    const bool ok = fd >= 0 && (connect ? ::connect(fd, raw, length) : ::bind(fd, raw, length)) == 0
+        && ::getsockname(fd, raw, &length) == 0;
+    if (fd >= 0)
+        ::close(fd);
+    return ok ? ntohs(address.sin_port) : 0;
+}
+
+// A loopback port free for both TCP and UDP right now.
+inline quint16 freePort()
+{
+    for (int attempt = 0; attempt < 50; ++attempt) {
+        const quint16 port = tryLoopback(SOCK_STREAM, 0);
+        if (port && tryLoopback(SOCK_DGRAM, port) == port)
+            return port;
+    }
+    return 0;
+}
+
 class LocalDohServer
 {
 public:
     static constexpr const char *hostName = "doh.brivanta.test";
-
-    LocalDohServer() = default;
-    LocalDohServer(const LocalDohServer &) = delete;
-    LocalDohServer &operator=(const LocalDohServer &) = delete;
     ~LocalDohServer() { stop(); }
 
-    // Why the server cannot run here, for GTEST_SKIP(); nothing when it can.
-    static std::optional<QString> unavailable()
+    static QString tool(const QString &name)
     {
-        if (unbound().isEmpty())
-            return QStringLiteral("unbound is not installed (apt-get install unbound)");
-        if (QStandardPaths::findExecutable(QStringLiteral("openssl")).isEmpty())
-            return QStringLiteral("openssl is not installed (apt-get install openssl)");
-        return std::nullopt;
+        const QString inPath = QStandardPaths::findExecutable(name);
+        return inPath.isEmpty() ? QStandardPaths::findExecutable(name, { QStringLiteral("/usr/sbin") })
+                                : inPath;
     }
 
-    // localData: unbound local-data lines such as "a.example.test. 300 IN A 192.0.2.1".
-    // True once the server is up.
-    bool start(const QStringList &localData = {})
+    bool start()
     {
         stop();
         if (!m_dir && !prepare())
@@ -59,15 +104,11 @@ public:
   use-syslog: no
   logfile: ""
   verbosity: 0
-  num-threads: 1
   module-config: "iterator"
-  do-not-query-localhost: yes
-  access-control: 127.0.0.0/8 allow
   interface: 127.0.0.1@%2
   interface: 127.0.0.1@%3
   https-port: %2
   http-endpoint: "/dns-query"
-  http-max-streams: 100
   tls-service-key: "%1/key.pem"
   tls-service-pem: "%1/cert.pem"
   local-zone: "test." static
@@ -77,27 +118,25 @@ public:
                            .arg(m_port)
                            .arg(m_plainPort)
                            .arg(QLatin1String(hostName));
-        for (const QString &record : localData)
+        for (const QString &record : zone())
             text += QStringLiteral("  local-data: \"%1\"\n").arg(record);
-        const QString config = m_dir->filePath(QStringLiteral("unbound.conf"));
-        QFile file(config);
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        QFile file(m_dir->filePath(QStringLiteral("unbound.conf")));
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(text.toUtf8()) < 0)
             return false;
-        file.write(text.toUtf8());
         file.close();
 
         m_process = std::make_unique<QProcess>();
         m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process->start(unbound(), { QStringLiteral("-d"), QStringLiteral("-c"), config });
-        if (!m_process->waitForStarted(5000))
-            return false;
-        const bool up = QTest::qWaitFor(
-            [this] {
-                // unbound binds every port before it serves; a probe of the HTTPS port would log a failed
-                // handshake.
-                return m_process->state() == QProcess::Running && accepts(m_plainPort);
-            },
-            10000);
+        m_process->start(
+            tool(QStringLiteral("unbound")), { QStringLiteral("-d"), QStringLiteral("-c"), file.fileName() });
+        // unbound binds every port before it serves; a probe of the HTTPS port would log a failed handshake.
+        const bool up = m_process->waitForStarted(5000)
+            && QTest::qWaitFor(
+                [this] {
+                    return m_process->state() == QProcess::Running
+                        && tryLoopback(SOCK_STREAM, m_plainPort, true);
+                },
+                10000);
         if (!up)
             stop();
         return up;
@@ -125,56 +164,20 @@ public:
     {
         return QStringLiteral("%1:%2:127.0.0.1").arg(QLatin1String(hostName)).arg(m_port);
     }
-    [[nodiscard]] QString caFile() const // the server's self-signed certificate, to trust
-    {
-        return m_dir ? m_dir->filePath(QStringLiteral("cert.pem")) : QString();
-    }
-
-    // A loopback port free for both TCP and UDP right now.
-    static quint16 freePort()
-    {
-        for (int attempt = 0; attempt < 50; ++attempt) {
-            const quint16 port = bindLoopback(SOCK_STREAM, 0);
-            if (port && bindLoopback(SOCK_DGRAM, port) == port)
-                return port;
-        }
-        return 0;
-    }
-
-    static sockaddr_in loopback(quint16 port)
-    {
-        sockaddr_in address {};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        return address;
-    }
+    [[nodiscard]] QString caFile() const { return m_dir->filePath(QStringLiteral("cert.pem")); }
 
 private:
-    static QString unbound()
-    {
-        const QString inPath = QStandardPaths::findExecutable(QStringLiteral("unbound"));
-        return inPath.isEmpty()
-            ? QStandardPaths::findExecutable(QStringLiteral("unbound"), { QStringLiteral("/usr/sbin") })
-            : inPath;
-    }
-
     bool prepare()
     {
         auto dir = std::make_unique<QTemporaryDir>();
-        if (!dir->isValid())
-            return false;
         QProcess openssl;
         openssl.start(QStringLiteral("openssl"),
-            { QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"), QStringLiteral("ec"),
-                QStringLiteral("-pkeyopt"), QStringLiteral("ec_paramgen_curve:prime256v1"),
-                QStringLiteral("-nodes"), QStringLiteral("-days"), QStringLiteral("2"),
-                QStringLiteral("-subj"), QStringLiteral("/CN=%1").arg(QLatin1String(hostName)),
-                QStringLiteral("-addext"),
-                QStringLiteral("subjectAltName=DNS:%1,IP:127.0.0.1").arg(QLatin1String(hostName)),
-                QStringLiteral("-keyout"), dir->filePath(QStringLiteral("key.pem")), QStringLiteral("-out"),
-                dir->filePath(QStringLiteral("cert.pem")) });
-        if (!openssl.waitForFinished(20000) || openssl.exitCode() != 0)
+            QStringLiteral(
+                "req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -subj "
+                "/CN=%1 -addext subjectAltName=DNS:%1,IP:127.0.0.1 -keyout %2/key.pem -out %2/cert.pem")
+                .arg(QLatin1String(hostName), dir->path())
+                .split(QLatin1Char(' ')));
+        if (!dir->isValid() || !openssl.waitForFinished(20000) || openssl.exitCode() != 0)
             return false;
         m_port = freePort();
         do
@@ -186,34 +189,24 @@ private:
         return true;
     }
 
-    // Binds and closes at once: the port the kernel gave, or 0.
-    static quint16 bindLoopback(int type, quint16 port)
-    {
-        const int fd = ::socket(AF_INET, type | SOCK_CLOEXEC, 0);
-        sockaddr_in address = loopback(port);
-        socklen_t length = sizeof address;
-        const bool bound = fd >= 0 && ::bind(fd, reinterpret_cast<sockaddr *>(&address), length) == 0
-            && ::getsockname(fd, reinterpret_cast<sockaddr *>(&address), &length) == 0;
-        if (fd >= 0)
-            ::close(fd);
-        return bound ? ntohs(address.sin_port) : 0;
-    }
-
-    static bool accepts(quint16 port)
-    {
-        const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        const sockaddr_in address = loopback(port);
-        const bool ok
-            = fd >= 0 && ::connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
-        if (fd >= 0)
-            ::close(fd);
-        return ok;
-    }
-
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<QProcess> m_process;
     quint16 m_port = 0;
     quint16 m_plainPort = 0;
+};
+
+// Skips where unbound or openssl is missing; otherwise the server is up with zone().
+class LocalDohTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        for (const char *name : { "unbound", "openssl" })
+            if (LocalDohServer::tool(QLatin1String(name)).isEmpty())
+                GTEST_SKIP() << name << " is not installed";
+        ASSERT_TRUE(server.start()) << "the local DNS-over-HTTPS server did not start";
+    }
+    LocalDohServer server;
 };
 
 } // namespace brivanta::test

@@ -1,8 +1,8 @@
 #pragma once
 
 // A local DNS-over-HTTPS server for the forwarder's tests: Debian's unbound on loopback, HTTP/2 with a
-// self-signed certificate made at first start, plus a plain-DNS port that bootstraps can ask. It serves
-// zone() from a static "test." zone (anything else there is NXDOMAIN) and its own host as 127.0.0.1.
+// self-signed certificate made at first start, plus a plain-DNS port that bootstraps can ask. It serves the
+// names of start() from a static "test." zone (anything else there is NXDOMAIN) and its own host.
 // stop() then start() keeps the ports, the certificate and the URL: an upstream that goes away and back.
 
 #include "forwarder/dns_message.h"
@@ -22,17 +22,6 @@
 namespace brivanta::test {
 
 constexpr int bigRecords = 60; // big.e2e.test: about 1 KB, more than a plain UDP client's 512 bytes
-
-inline QStringList zone()
-{
-    QStringList lines { QStringLiteral("a.e2e.test. 300 IN A 192.0.2.10"),
-        QStringLiteral("b.e2e.test. 300 IN A 192.0.2.11") };
-    for (int i = 0; i < 20; ++i)
-        lines << QStringLiteral("h%1.upstream.test. 300 IN A 192.0.2.%1").arg(i);
-    for (int i = 1; i <= bigRecords; ++i)
-        lines << QStringLiteral("big.e2e.test. 300 IN A 198.51.100.%1").arg(i);
-    return lines;
-}
 
 inline std::vector<quint32> addresses(const QByteArray &answer)
 {
@@ -81,14 +70,13 @@ inline quint16 freePort()
 class LocalDohServer
 {
 public:
-    static constexpr const char *hostName = "doh.brivanta.test";
+    static inline const QString hostName = QStringLiteral("doh.brivanta.test");
     ~LocalDohServer() { stop(); }
 
-    static QString tool(const QString &name)
+    static QString tool(const char *name)
     {
-        const QString inPath = QStandardPaths::findExecutable(name);
-        return inPath.isEmpty() ? QStandardPaths::findExecutable(name, { QStringLiteral("/usr/sbin") })
-                                : inPath;
+        return QStandardPaths::findExecutable(
+            QLatin1String(name), { "/usr/sbin", "/usr/bin", "/sbin", "/bin" });
     }
 
     bool start()
@@ -96,7 +84,8 @@ public:
         stop();
         if (!m_dir && !prepare())
             return false;
-        QString text = QStringLiteral(R"(server:
+        QString text
+            = QStringLiteral(R"(server:
   username: ""
   chroot: ""
   directory: "%1"
@@ -114,26 +103,27 @@ public:
   local-zone: "test." static
   local-data: "%4. 300 IN A 127.0.0.1"
 )")
-                           .arg(m_dir->path())
-                           .arg(m_port)
-                           .arg(m_plainPort)
-                           .arg(QLatin1String(hostName));
-        for (const QString &record : zone())
-            text += QStringLiteral("  local-data: \"%1\"\n").arg(record);
+                  .arg(m_dir->path(), QString::number(m_port), QString::number(m_plainPort), hostName);
+        const auto add
+            = [&](const QString &record) { text += QStringLiteral("  local-data: \"%1\"\n").arg(record); };
+        add(QStringLiteral("a.e2e.test. 300 IN A 192.0.2.10"));
+        add(QStringLiteral("b.e2e.test. 300 IN A 192.0.2.11"));
+        for (int i = 0; i < 20; ++i)
+            add(QStringLiteral("h%1.upstream.test. 300 IN A 192.0.2.%1").arg(i));
+        for (int i = 1; i <= bigRecords; ++i)
+            add(QStringLiteral("big.e2e.test. 300 IN A 198.51.100.%1").arg(i));
         QFile file(m_dir->filePath(QStringLiteral("unbound.conf")));
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(text.toUtf8()) < 0)
             return false;
         file.close();
 
-        m_process = std::make_unique<QProcess>();
-        m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process->start(
-            tool(QStringLiteral("unbound")), { QStringLiteral("-d"), QStringLiteral("-c"), file.fileName() });
+        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process.start(tool("unbound"), { QStringLiteral("-d"), QStringLiteral("-c"), file.fileName() });
         // unbound binds every port before it serves; a probe of the HTTPS port would log a failed handshake.
-        const bool up = m_process->waitForStarted(5000)
+        const bool up = m_process.waitForStarted(5000)
             && QTest::qWaitFor(
                 [this] {
-                    return m_process->state() == QProcess::Running
+                    return m_process.state() == QProcess::Running
                         && tryLoopback(SOCK_STREAM, m_plainPort, true);
                 },
                 10000);
@@ -144,27 +134,18 @@ public:
 
     void stop()
     {
-        if (!m_process)
-            return;
-        m_process->terminate();
-        if (!m_process->waitForFinished(5000)) {
-            m_process->kill();
-            m_process->waitForFinished(5000);
+        m_process.terminate();
+        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(5000)) {
+            m_process.kill();
+            m_process.waitForFinished(5000);
         }
-        m_process.reset();
     }
 
-    [[nodiscard]] quint16 port() const { return m_port; } // HTTPS (DoH), 127.0.0.1
-    [[nodiscard]] quint16 plainPort() const { return m_plainPort; } // plain DNS, UDP and TCP, 127.0.0.1
-    [[nodiscard]] QString url() const
-    {
-        return QStringLiteral("https://%1:%2/dns-query").arg(QLatin1String(hostName)).arg(m_port);
-    }
-    [[nodiscard]] QString pin() const // for CURLOPT_RESOLVE / --resolve
-    {
-        return QStringLiteral("%1:%2:127.0.0.1").arg(QLatin1String(hostName)).arg(m_port);
-    }
-    [[nodiscard]] QString caFile() const { return m_dir->filePath(QStringLiteral("cert.pem")); }
+    quint16 port() const { return m_port; } // HTTPS (DoH), 127.0.0.1
+    quint16 plainPort() const { return m_plainPort; } // plain DNS, UDP and TCP, 127.0.0.1
+    QString url() const { return QStringLiteral("https://%1:%2/dns-query").arg(hostName).arg(m_port); }
+    QString pin() const { return QStringLiteral("%1:%2:127.0.0.1").arg(hostName).arg(m_port); } // --resolve
+    QString caFile() const { return m_dir->filePath(QStringLiteral("cert.pem")); }
 
 private:
     bool prepare()
@@ -175,7 +156,7 @@ private:
             QStringLiteral(
                 "req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -subj "
                 "/CN=%1 -addext subjectAltName=DNS:%1,IP:127.0.0.1 -keyout %2/key.pem -out %2/cert.pem")
-                .arg(QLatin1String(hostName), dir->path())
+                .arg(hostName, dir->path())
                 .split(QLatin1Char(' ')));
         if (!dir->isValid() || !openssl.waitForFinished(20000) || openssl.exitCode() != 0)
             return false;
@@ -190,19 +171,19 @@ private:
     }
 
     std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<QProcess> m_process;
+    QProcess m_process;
     quint16 m_port = 0;
     quint16 m_plainPort = 0;
 };
 
-// Skips where unbound or openssl is missing; otherwise the server is up with zone().
+// Skips where unbound or openssl is missing; otherwise the server is up.
 class LocalDohTest : public ::testing::Test
 {
 protected:
     void SetUp() override
     {
         for (const char *name : { "unbound", "openssl" })
-            if (LocalDohServer::tool(QLatin1String(name)).isEmpty())
+            if (LocalDohServer::tool(name).isEmpty())
                 GTEST_SKIP() << name << " is not installed";
         ASSERT_TRUE(server.start()) << "the local DNS-over-HTTPS server did not start";
     }

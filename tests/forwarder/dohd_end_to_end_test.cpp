@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QNetworkDatagram>
 #include <set>
 
 using namespace brivanta;
@@ -25,45 +26,33 @@ QByteArray query(quint16 id, const char *name, quint16 type = dns::RRType::A, qu
     return q;
 }
 
-// Sends all messages at once on one socket; the answers as they come, in any order.
-std::vector<QByteArray> ask(int type, quint16 port, const std::vector<QByteArray> &messages)
-{
-    const int fd = ::socket(AF_INET, type, 0);
-    const timeval timeout { 10, 0 }; // a hang guard, not a speed check
-    ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
-    const sockaddr_in address = test::loopback(port);
-    std::vector<QByteArray> answers;
-    QByteArray out;
-    for (const QByteArray &m : messages)
-        out += type == SOCK_STREAM ? dns::frame(m) : m;
-    if (::connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0
-        || ::send(fd, out.data(), out.size(), 0) != out.size()) {
-        ::close(fd);
-        return answers;
-    }
-    dns::TcpFrameReader reader;
-    QByteArray buffer(65535, '\0');
-    while (answers.size() < messages.size()) {
-        if (auto next = reader.next()) {
-            answers.push_back(*next);
-            continue;
-        }
-        const ssize_t n = ::recv(fd, buffer.data(), buffer.size(), 0);
-        if (n <= 0)
-            break;
-        if (type == SOCK_STREAM)
-            reader.append(QByteArrayView(buffer.data(), n));
-        else
-            answers.push_back(buffer.first(n));
-    }
-    ::close(fd);
-    return answers;
-}
+constexpr int hangGuardMs = 10000; // not a speed check
 
 QByteArray askUdp(quint16 port, const QByteArray &message)
 {
-    const auto answers = ask(SOCK_DGRAM, port, { message });
-    return answers.empty() ? QByteArray() : answers.front();
+    QUdpSocket socket;
+    socket.writeDatagram(message, QHostAddress::LocalHost, port);
+    return socket.waitForReadyRead(hangGuardMs) ? socket.receiveDatagram().data() : QByteArray();
+}
+
+// All messages written at once on one connection; the answers as they come, in any order.
+std::vector<QByteArray> askTcp(quint16 port, const std::vector<QByteArray> &messages)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    for (const QByteArray &m : messages)
+        socket.write(dns::frame(m));
+    dns::TcpFrameReader reader;
+    std::vector<QByteArray> answers;
+    while (answers.size() < messages.size()) {
+        if (auto next = reader.next())
+            answers.push_back(*next);
+        else if (socket.waitForReadyRead(hangGuardMs))
+            reader.append(socket.readAll());
+        else
+            break;
+    }
+    return answers;
 }
 
 dns::RCode rcodeOf(const QByteArray &answer)
@@ -135,7 +124,7 @@ TEST_F(DohdEndToEnd, AnswersPassThroughWithTheClientsIdsOverUdpAndTcp)
     for (quint16 id = 1; id <= 6; ++id)
         messages.push_back(query(id, id % 2 ? "big.e2e.test" : "a.e2e.test"));
     messages.push_back(query(7, "fresh.nothing.e2e.test"));
-    const std::vector<QByteArray> answers = ask(SOCK_STREAM, daemon.port, messages);
+    const std::vector<QByteArray> answers = askTcp(daemon.port, messages);
     ASSERT_EQ(answers.size(), messages.size());
     std::set<quint16> ids;
     for (const QByteArray &answer : answers) {

@@ -9,15 +9,14 @@
 
 #include <QProcess>
 #include <QStandardPaths>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUdpSocket>
 #include <QtEndian>
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <memory>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace brivanta::test {
 
@@ -33,36 +32,14 @@ inline std::vector<quint32> addresses(const QByteArray &answer)
     return out;
 }
 
-inline sockaddr_in loopback(quint16 port)
-{
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
-// Binds (or with connect, connects) and closes at once: the port, or 0.
-inline quint16 tryLoopback(int type, quint16 port, bool connect = false)
-{
-    const int fd = ::socket(AF_INET, type | SOCK_CLOEXEC, 0);
-    sockaddr_in address = loopback(port);
-    socklen_t length = sizeof address;
-    auto *raw = reinterpret_cast<sockaddr *>(&address);
-    const bool ok = fd >= 0 && (connect ? ::connect(fd, raw, length) : ::bind(fd, raw, length)) == 0
-        && ::getsockname(fd, raw, &length) == 0;
-    if (fd >= 0)
-        ::close(fd);
-    return ok ? ntohs(address.sin_port) : 0;
-}
-
 // A loopback port free for both TCP and UDP right now.
 inline quint16 freePort()
 {
     for (int attempt = 0; attempt < 50; ++attempt) {
-        const quint16 port = tryLoopback(SOCK_STREAM, 0);
-        if (port && tryLoopback(SOCK_DGRAM, port) == port)
-            return port;
+        QTcpServer tcp;
+        QUdpSocket udp;
+        if (tcp.listen(QHostAddress::LocalHost) && udp.bind(QHostAddress::LocalHost, tcp.serverPort()))
+            return tcp.serverPort();
     }
     return 0;
 }
@@ -122,11 +99,7 @@ public:
         // unbound binds every port before it serves; a probe of the HTTPS port would log a failed handshake.
         const bool up = m_process.waitForStarted(5000)
             && QTest::qWaitFor(
-                [this] {
-                    return m_process.state() == QProcess::Running
-                        && tryLoopback(SOCK_STREAM, m_plainPort, true);
-                },
-                10000);
+                [this] { return m_process.state() == QProcess::Running && accepts(m_plainPort); }, 10000);
         if (!up)
             stop();
         return up;
@@ -148,6 +121,13 @@ public:
     QString caFile() const { return m_dir->filePath(QStringLiteral("cert.pem")); }
 
 private:
+    static bool accepts(quint16 port)
+    {
+        QTcpSocket socket;
+        socket.connectToHost(QHostAddress::LocalHost, port);
+        return socket.waitForConnected(1000);
+    }
+
     bool prepare()
     {
         auto dir = std::make_unique<QTemporaryDir>();

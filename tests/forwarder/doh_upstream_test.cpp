@@ -84,7 +84,7 @@ class DohUpstreamTest : public test::LocalDohTest
 protected:
     // The default attempt timeout: a loaded machine must not retry a healthy attempt, as the tests count
     // connections exactly.
-    UpstreamSettings pinned() const { return { QUrl(server.url()), {}, { server.pin() }, server.caFile() }; }
+    UpstreamSettings pinned() const { return { QUrl(url()), {}, { pin() }, caFile() }; }
 };
 
 } // namespace
@@ -111,7 +111,7 @@ TEST_F(DohUpstreamTest, EndpointHostIsFoundWithoutTheSystemResolver)
     // doh.brivanta.test is known only to the local server's plain port; the system resolver cannot
     // find it, and curl is not allowed to ask it.
     const HostPort refusing { QHostAddress::LocalHost, test::freePort() };
-    const HostPort plain { QHostAddress::LocalHost, server.plainPort() };
+    const HostPort plain { QHostAddress::LocalHost, plainPort };
     const struct
     {
         const char *what;
@@ -119,10 +119,10 @@ TEST_F(DohUpstreamTest, EndpointHostIsFoundWithoutTheSystemResolver)
     } cases[] = {
         { "pinned", pinned() },
         { "bootstrap, after a server that refuses",
-            { QUrl(server.url()), { refusing, plain }, {}, server.caFile(), 500ms } },
+            { QUrl(url()), { refusing, plain }, {}, caFile(), 500ms } },
         { "address literal, nothing to resolve",
-            { QUrl(QStringLiteral("https://127.0.0.1:%1/dns-query").arg(server.port())), {}, {},
-                server.caFile(), 500ms } },
+            { QUrl(QStringLiteral("https://127.0.0.1:%1/dns-query").arg(dohPort)), {}, {}, caFile(),
+                500ms } },
     };
     for (const auto &c : cases) {
         DohUpstream upstream(c.settings);
@@ -146,14 +146,14 @@ TEST_F(DohUpstreamTest, FailuresAreReportedReadablyAndNeverAnswered)
         UpstreamSettings settings;
         QString error; // the start of it
     } cases[] = {
-        { { QUrl(server.url()), { { QHostAddress::LocalHost, closed } }, {}, server.caFile(), 500ms },
+        { { QUrl(url()), { { QHostAddress::LocalHost, closed } }, {}, caFile(), 500ms },
             QStringLiteral("could not resolve doh.brivanta.test through 127.0.0.1:%1").arg(closed) },
-        { { QUrl(server.url()), {}, {}, server.caFile(), 500ms },
+        { { QUrl(url()), {}, {}, caFile(), 500ms },
             QStringLiteral("no server to resolve doh.brivanta.test through") },
         { untrusted, QStringLiteral("TLS with doh.brivanta.test: self-signed certificate") },
         { wrongPath, QStringLiteral("HTTP 404 from doh.brivanta.test") },
         { { QUrl(QStringLiteral("https://doh.brivanta.test:%1/dns-query").arg(closed)), {},
-              { QStringLiteral("doh.brivanta.test:%1:127.0.0.1").arg(closed) }, server.caFile(), 500ms },
+              { QStringLiteral("doh.brivanta.test:%1:127.0.0.1").arg(closed) }, caFile(), 500ms },
             QStringLiteral("doh.brivanta.test: Failed to connect to doh.brivanta.test port %1").arg(closed) },
     };
     for (const auto &c : cases) {
@@ -169,7 +169,7 @@ TEST_F(DohUpstreamTest, FailuresAreReportedReadablyAndNeverAnswered)
 
 TEST_F(DohUpstreamTest, StalledConnectionIsReplacedAndTheQueryStillAnswered)
 {
-    StallingRelay relay(server.port());
+    StallingRelay relay(dohPort);
     UpstreamSettings settings = pinned();
     settings.endpoint.setPort(relay.port());
     settings.pins = QStringList { QStringLiteral("doh.brivanta.test:%1:127.0.0.1").arg(relay.port()) };

@@ -18,10 +18,9 @@ namespace {
 QByteArray query(quint16 id, const char *name, quint16 type = dns::RRType::A, quint16 ednsSize = 0)
 {
     QByteArray q = dns::makeQuery(id, *dns::nameFromText(name), type);
-    if (ednsSize) {
-        q[11] = 1; // ARCOUNT: an OPT record advertising ednsSize
-        q.append('\0').append("\x00\x29", 2).append(char(ednsSize >> 8)).append(char(ednsSize & 0xff));
-        q.append(6, '\0');
+    if (ednsSize) { // an OPT record advertising ednsSize
+        q[11] = 1;
+        q += QByteArray("\0\0\x29", 3) + char(ednsSize >> 8) + char(ednsSize) + QByteArray(6, '\0');
     }
     return q;
 }
@@ -77,9 +76,6 @@ struct Daemon
         (void)QTest::qWaitFor(
             [&] { return QFile::exists(healthPath()) || process.state() == QProcess::NotRunning; }, 10000);
     }
-    explicit Daemon(const test::LocalDohServer &server)
-        : Daemon(server.url(), server.pin(), server.caFile())
-    { }
     ~Daemon()
     {
         process.terminate();
@@ -94,7 +90,7 @@ using DohdEndToEnd = test::LocalDohTest;
 
 TEST_F(DohdEndToEnd, AnswersPassThroughWithTheClientsIdsOverUdpAndTcp)
 {
-    Daemon daemon(server);
+    Daemon daemon(url(), pin(), caFile());
     ASSERT_EQ(daemon.process.state(), QProcess::Running) << daemon.process.readAllStandardError().constData();
 
     const struct
@@ -147,7 +143,7 @@ TEST_F(DohdEndToEnd, AnswersPassThroughWithTheClientsIdsOverUdpAndTcp)
 
 TEST_F(DohdEndToEnd, CanaryProvesTheEndpointAnswersAndFailsClosedWithoutIt)
 {
-    Daemon daemon(server);
+    Daemon daemon(url(), pin(), caFile());
     ASSERT_EQ(daemon.process.state(), QProcess::Running);
     QFile health(daemon.healthPath());
     ASSERT_TRUE(health.open(QIODevice::ReadOnly));
@@ -165,15 +161,15 @@ TEST_F(DohdEndToEnd, CanaryProvesTheEndpointAnswersAndFailsClosedWithoutIt)
     EXPECT_TRUE(dns::answerRecords(answer).value_or(std::vector<dns::ResourceRecord>(1)).empty());
 
     // The endpoint goes away: new names fail closed; it comes back: they are answered again.
-    server.stop();
+    stopServer();
     EXPECT_EQ(rcodeOf(askUdp(daemon.port, query(7, "b.e2e.test"))), dns::RCode::ServFail);
-    ASSERT_TRUE(server.start());
+    ASSERT_TRUE(startServer());
     EXPECT_EQ(addresses(askUdp(daemon.port, query(8, "b.e2e.test"))), std::vector<quint32> { 0xc000020b });
 
     // A forwarder whose endpoint never answered gives no canary address.
     const quint16 nobody = test::freePort();
     Daemon orphan(QStringLiteral("https://doh.e2e.test:%1/dns-query").arg(nobody),
-        QStringLiteral("doh.e2e.test:%1:127.0.0.1").arg(nobody), server.caFile());
+        QStringLiteral("doh.e2e.test:%1:127.0.0.1").arg(nobody), caFile());
     ASSERT_EQ(orphan.process.state(), QProcess::Running);
     EXPECT_EQ(rcodeOf(askUdp(orphan.port, query(9, name.constData()))), dns::RCode::ServFail);
 }

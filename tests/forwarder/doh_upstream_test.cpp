@@ -84,7 +84,10 @@ class DohUpstreamTest : public test::LocalDohTest
 protected:
     // The default attempt timeout: a loaded machine must not retry a healthy attempt, as the tests count
     // connections exactly.
-    UpstreamSettings pinned() const { return { QUrl(url()), {}, { pin() }, caFile() }; }
+    UpstreamSettings pinned(quint16 port = 0) const
+    {
+        return { QUrl(url(port)), {}, { pin(port) }, caFile() };
+    }
 };
 
 } // namespace
@@ -152,8 +155,7 @@ TEST_F(DohUpstreamTest, FailuresAreReportedReadablyAndNeverAnswered)
             QStringLiteral("no server to resolve doh.brivanta.test through") },
         { untrusted, QStringLiteral("TLS with doh.brivanta.test: self-signed certificate") },
         { wrongPath, QStringLiteral("HTTP 404 from doh.brivanta.test") },
-        { { QUrl(QStringLiteral("https://doh.brivanta.test:%1/dns-query").arg(closed)), {},
-              { QStringLiteral("doh.brivanta.test:%1:127.0.0.1").arg(closed) }, caFile(), 500ms },
+        { pinned(closed),
             QStringLiteral("doh.brivanta.test: Failed to connect to doh.brivanta.test port %1").arg(closed) },
     };
     for (const auto &c : cases) {
@@ -170,10 +172,7 @@ TEST_F(DohUpstreamTest, FailuresAreReportedReadablyAndNeverAnswered)
 TEST_F(DohUpstreamTest, StalledConnectionIsReplacedAndTheQueryStillAnswered)
 {
     StallingRelay relay(dohPort);
-    UpstreamSettings settings = pinned();
-    settings.endpoint.setPort(relay.port());
-    settings.pins = QStringList { QStringLiteral("doh.brivanta.test:%1:127.0.0.1").arg(relay.port()) };
-    DohUpstream upstream(settings);
+    DohUpstream upstream(pinned(relay.port()));
     ASSERT_TRUE(ask(upstream, 1).answer);
 
     relay.freeze(); // the pooled connection is now dead without being closed

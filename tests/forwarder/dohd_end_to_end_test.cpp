@@ -168,8 +168,7 @@ TEST_F(DohdEndToEnd, CanaryProvesTheEndpointAnswersAndFailsClosedWithoutIt)
 
     // A forwarder whose endpoint never answered gives no canary address.
     const quint16 nobody = test::freePort();
-    Daemon orphan(QStringLiteral("https://doh.e2e.test:%1/dns-query").arg(nobody),
-        QStringLiteral("doh.e2e.test:%1:127.0.0.1").arg(nobody), caFile());
+    Daemon orphan(url(nobody), pin(nobody), caFile());
     ASSERT_EQ(orphan.process.state(), QProcess::Running);
     EXPECT_EQ(rcodeOf(askUdp(orphan.port, query(9, name.constData()))), dns::RCode::ServFail);
 }

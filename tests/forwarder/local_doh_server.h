@@ -133,8 +133,15 @@ protected:
         }
     }
 
-    QString url() const { return QStringLiteral("https://%1:%2/dns-query").arg(hostName).arg(dohPort); }
-    QString pin() const { return QStringLiteral("%1:%2:127.0.0.1").arg(hostName).arg(dohPort); } // --resolve
+    // The server's endpoint and its --resolve pin, or the same name at another port (0: the server's).
+    QString url(quint16 port = 0) const
+    {
+        return QStringLiteral("https://%1:%2/dns-query").arg(hostName).arg(port ? port : dohPort);
+    }
+    QString pin(quint16 port = 0) const
+    {
+        return QStringLiteral("%1:%2:127.0.0.1").arg(hostName).arg(port ? port : dohPort);
+    }
     QString caFile() const { return dir.filePath(QStringLiteral("cert.pem")); }
 
     QTemporaryDir dir;

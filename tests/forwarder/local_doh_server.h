@@ -134,13 +134,11 @@ protected:
     }
 
     // The server's endpoint and its --resolve pin, or the same name at another port (0: the server's).
-    QString url(quint16 port = 0) const
+    QString url(quint16 port = 0) const { return at(port, "https://%1:%2/dns-query"); }
+    QString pin(quint16 port = 0) const { return at(port, "%1:%2:127.0.0.1"); }
+    QString at(quint16 port, const char *f) const
     {
-        return QStringLiteral("https://%1:%2/dns-query").arg(hostName).arg(port ? port : dohPort);
-    }
-    QString pin(quint16 port = 0) const
-    {
-        return QStringLiteral("%1:%2:127.0.0.1").arg(hostName).arg(port ? port : dohPort);
+        return QString(f).arg(hostName).arg(port ? port : dohPort);
     }
     QString caFile() const { return dir.filePath(QStringLiteral("cert.pem")); }
 

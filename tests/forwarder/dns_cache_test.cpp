@@ -16,16 +16,11 @@ Query queryFor(const char *name, quint16 type = RRType::A)
     return query;
 }
 
-CacheKey keyFor(const Query &query, bool dnssecOk = false)
-{
-    return { query.question.name, query.question.type, query.question.klass, dnssecOk };
-}
-
+const auto keyFor = [](const Query &q, bool dnssecOk = false) {
+    return CacheKey { q.question.name, q.question.type, q.question.klass, dnssecOk };
+};
 // One A record with the given TTL, as upstream would send it.
-QByteArray answer(const Query &query, quint32 ttl)
-{
-    return makeAddressReply(query, 0x0a000001, ttl);
-}
+const auto answer = [](const Query &q, quint32 ttl) { return makeAddressReply(q, 0x0a000001, ttl); };
 
 void store(
     DnsCache &cache, const CacheKey &key, const QByteArray &response, DnsCache::Clock::time_point at = t0)

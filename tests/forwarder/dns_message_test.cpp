@@ -39,9 +39,7 @@ TEST(DnsMessage, NamesConvertBetweenTextAndWire)
     for (const auto &c : cases)
         EXPECT_EQ(nameFromText(c.text), c.wire) << c.text;
 
-    QByteArray longest; // 3 labels of 63 and one of 61: 255 bytes on the wire
-    for (int i = 0; i < 3; ++i)
-        longest += QByteArray(63, 'a') + '.';
+    const QByteArray longest = (QByteArray(63, 'a') + '.').repeated(3); // and 61 more: 255 bytes on the wire
     EXPECT_EQ(nameFromText(longest + QByteArray(61, 'b'))->size(), 255);
     EXPECT_EQ(nameFromText(longest + QByteArray(62, 'b')), std::nullopt);
 

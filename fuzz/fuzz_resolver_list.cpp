@@ -6,11 +6,7 @@
 #include "model/resolver.h"
 #include "model/resolver_list.h"
 
-#include <QByteArrayView>
-#include <QString>
 #include <QStringDecoder>
-#include <cstddef>
-#include <cstdint>
 
 using namespace brivanta;
 
@@ -36,9 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::optional<std::vector<Resolver>> again = resolversFromRawValue(encoded);
     if (!again || *again != *list)
         fatal("a decoded list does not survive a round trip through its text form");
-    for (std::size_t i = 0; i < list->size(); ++i) {
+    for (std::size_t i = 0; i < list->size(); ++i)
         if (qHash((*list)[i]) != qHash((*again)[i]))
             fatal("a round-tripped profile hashes differently");
-    }
     return 0;
 }

@@ -9,85 +9,59 @@ namespace {
 
 const DnsCache::Clock::time_point t0 = DnsCache::Clock::time_point {} + 1h;
 
-Query queryFor(const char *text, quint16 type = RRType::A)
+Query queryFor(const char *name, quint16 type = RRType::A)
 {
     Query query;
-    query.id = 1;
-    query.question = { nameFromText(text).value(), type, classIN };
+    query.question = { nameFromText(name).value(), type, classIN };
     return query;
 }
 
-CacheKey keyFor(const Query &query, bool dnssecOk = false)
+const auto keyFor = [](const Query &q, bool dnssecOk = false) {
+    return CacheKey { q.question.name, q.question.type, q.question.klass, dnssecOk };
+};
+// One A record with the given TTL, as upstream would send it.
+const auto answer = [](const Query &q, quint32 ttl) { return makeAddressReply(q, 0x0a000001, ttl); };
+
+void store(
+    DnsCache &cache, const CacheKey &key, const QByteArray &response, DnsCache::Clock::time_point at = t0)
 {
-    return { query.question.name, query.question.type, query.question.klass, dnssecOk };
+    cache.insert(key, response, inspectResponse(response).value(), at);
 }
 
-// An answer holding one A record with the given TTL, as upstream would send it.
-QByteArray answer(const Query &query, quint32 ttl)
+// The TTL of the cached answer, which must carry the asker's ID; nothing on a miss.
+std::optional<quint32> ttlOf(DnsCache &cache, const CacheKey &key, DnsCache::Clock::time_point at = t0)
 {
-    return makeAddressReply(query, 0x0a000001, ttl);
-}
-
-std::optional<quint32> firstTtl(const std::optional<QByteArray> &message)
-{
-    if (!message)
+    const auto hit = cache.lookup(key, 0x4242, at);
+    if (!hit)
         return std::nullopt;
-    const auto records = answerRecords(*message);
-    if (!records || records->empty())
-        return std::nullopt;
-    return records->front().ttl;
-}
-
-bool store(DnsCache &cache, const CacheKey &key, const QByteArray &response, DnsCache::Clock::time_point at)
-{
-    const auto info = inspectResponse(response);
-    if (!info)
-        return false;
-    cache.insert(key, response, *info, at);
-    return true;
+    EXPECT_EQ(messageId(*hit), 0x4242);
+    return answerRecords(*hit).value().at(0).ttl;
 }
 
 } // namespace
 
-TEST(DnsCache, AnswersAgeAndExpireWithTheirTtl)
+TEST(DnsCache, AnswersAgeAndExpireWithTheirTtlCappedAtADayAndUncacheableOnesAreNotStored)
 {
-    DnsCache cache(100, 1 << 20);
-    const Query query = queryFor("a.test");
-    ASSERT_TRUE(store(cache, keyFor(query), answer(query, 60), t0));
-
+    const Query q = queryFor("a.test");
     const struct
     {
-        std::chrono::milliseconds after;
-        std::optional<quint32> ttl;
-    } steps[] = { { 0ms, 60 }, { 999ms, 60 }, { 10s, 50 }, { 59500ms, 1 }, { 60s, std::nullopt } };
-    for (const auto &s : steps) {
-        const auto hit = cache.lookup(keyFor(query), 0x4242, t0 + s.after);
-        EXPECT_EQ(firstTtl(hit), s.ttl) << s.after.count();
-        EXPECT_EQ(hit ? messageId(*hit) : 0x4242, 0x4242);
-    }
-    EXPECT_EQ(cache.size(), 0u) << "the expired entry is dropped";
-    EXPECT_EQ(cache.bytes(), 0u);
-}
-
-TEST(DnsCache, StoresNothingUncacheable)
-{
-    const Query query = queryFor("a.test");
-    const struct
-    {
-        const char *what;
         QByteArray response;
-        std::size_t maxBytes;
-    } cases[] = {
-        { "TTL 0", answer(query, 0), 1 << 20 },
-        { "no SOA on a negative answer", makeReply(query, RCode::NXDomain), 1 << 20 },
-        { "SERVFAIL", makeReply(query, RCode::ServFail), 1 << 20 },
-        { "larger than the whole cache", answer(query, 60), 100 },
-    };
+        std::chrono::milliseconds after;
+        std::optional<quint32> left; // none: a miss
+    } cases[] = { { answer(q, 60), 0ms, 60 }, { answer(q, 60), 999ms, 60 }, { answer(q, 60), 10s, 50 },
+        { answer(q, 60), 59500ms, 1 }, { answer(q, 60), 60s, std::nullopt },
+        { answer(q, 7 * 86400), 0ms, 86400 }, { answer(q, 7 * 86400), 86399s, 1 },
+        { answer(q, 0x7fffffff), 0ms, 86400 }, { answer(q, 0x7fffffff), 86400s, std::nullopt },
+        { answer(q, 0), 0ms, std::nullopt },
+        { makeReply(q, RCode::NXDomain), 0ms, std::nullopt }, // no SOA to take a TTL from
+        { makeReply(q, RCode::ServFail), 0ms, std::nullopt } };
     for (const auto &c : cases) {
-        DnsCache cache(10, c.maxBytes);
-        ASSERT_TRUE(store(cache, keyFor(query), c.response, t0)) << c.what;
-        EXPECT_EQ(cache.size(), 0u) << c.what;
-        EXPECT_FALSE(cache.lookup(keyFor(query), 1, t0)) << c.what;
+        SCOPED_TRACE(&c - cases);
+        DnsCache cache(100, 1 << 20);
+        store(cache, keyFor(q), c.response);
+        EXPECT_EQ(ttlOf(cache, keyFor(q), t0 + c.after), c.left);
+        EXPECT_EQ(cache.size(), c.left ? 1u : 0u) << "nothing uncacheable kept, an expired entry dropped";
+        EXPECT_EQ(cache.bytes() == 0, !c.left);
     }
 }
 
@@ -95,53 +69,43 @@ TEST(DnsCache, KeysSeparateDnssecOkTypeAndName)
 {
     DnsCache cache(100, 1 << 20);
     const Query a = queryFor("a.test");
-    ASSERT_TRUE(store(cache, keyFor(a, true), answer(a, 11), t0));
-    ASSERT_TRUE(store(cache, keyFor(a, false), answer(a, 22), t0));
-    EXPECT_EQ(firstTtl(cache.lookup(keyFor(a, true), 1, t0)), 11u);
-    EXPECT_EQ(firstTtl(cache.lookup(keyFor(a, false), 1, t0)), 22u);
+    store(cache, keyFor(a, true), answer(a, 11));
+    store(cache, keyFor(a, false), answer(a, 22));
+    EXPECT_EQ(ttlOf(cache, keyFor(a, true)), 11u);
+    EXPECT_EQ(ttlOf(cache, keyFor(a, false)), 22u);
     EXPECT_FALSE(cache.lookup(keyFor(queryFor("a.test", RRType::AAAA)), 1, t0));
     EXPECT_FALSE(cache.lookup(keyFor(queryFor("b.test")), 1, t0));
 
     // The same key again replaces the entry instead of adding one.
-    ASSERT_TRUE(store(cache, keyFor(a, false), answer(a, 33), t0));
+    store(cache, keyFor(a, false), answer(a, 33));
     EXPECT_EQ(cache.size(), 2u);
-    EXPECT_EQ(firstTtl(cache.lookup(keyFor(a, false), 1, t0)), 33u);
+    EXPECT_EQ(ttlOf(cache, keyFor(a, false)), 33u);
 }
 
 TEST(DnsCache, LeastRecentlyUsedGoesFirstByEntriesAndBytes)
 {
     const Query queries[] = { queryFor("a.test"), queryFor("b.test"), queryFor("c.test") };
     DnsCache probe(10, 1 << 20);
-    ASSERT_TRUE(store(probe, keyFor(queries[0]), answer(queries[0], 60), t0));
+    store(probe, keyFor(queries[0]), answer(queries[0], 60));
     const std::size_t oneEntry = probe.bytes();
+    DnsCache tooSmall(10, oneEntry - 1);
+    store(tooSmall, keyFor(queries[0]), answer(queries[0], 60));
+    EXPECT_EQ(tooSmall.size(), 0u) << "larger than the whole cache";
 
     // Room for two by count, then room for two by bytes.
     for (const auto &[entries, bytes] : { std::pair { std::size_t(2), std::size_t(1) << 20 },
              std::pair { std::size_t(10), 2 * oneEntry + oneEntry / 2 } }) {
         DnsCache cache(entries, bytes);
-        ASSERT_TRUE(store(cache, keyFor(queries[0]), answer(queries[0], 60), t0));
-        ASSERT_TRUE(store(cache, keyFor(queries[1]), answer(queries[1], 60), t0));
+        store(cache, keyFor(queries[0]), answer(queries[0], 60));
+        store(cache, keyFor(queries[1]), answer(queries[1], 60));
         EXPECT_TRUE(cache.lookup(keyFor(queries[0]), 1, t0 + 1s)); // a is now the most recent
-        ASSERT_TRUE(store(cache, keyFor(queries[2]), answer(queries[2], 60), t0 + 2s));
+        store(cache, keyFor(queries[2]), answer(queries[2], 60), t0 + 2s);
         EXPECT_EQ(cache.size(), 2u) << entries;
         EXPECT_LE(cache.bytes(), bytes);
-        EXPECT_TRUE(cache.lookup(keyFor(queries[0]), 1, t0 + 3s)) << entries;
-        EXPECT_FALSE(cache.lookup(keyFor(queries[1]), 1, t0 + 3s)) << entries;
-        EXPECT_TRUE(cache.lookup(keyFor(queries[2]), 1, t0 + 3s)) << entries;
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(cache.lookup(keyFor(queries[i]), 1, t0 + 3s).has_value(), i != 1) << entries << i;
         cache.clear();
         EXPECT_EQ(cache.size(), 0u);
         EXPECT_EQ(cache.bytes(), 0u);
-    }
-}
-
-TEST(DnsCache, LongTtlsAreCappedAtADay)
-{
-    DnsCache cache(10, 1 << 20);
-    const Query query = queryFor("a.test");
-    for (quint32 ttl : { 7u * 86400u, 0x7fffffffu }) {
-        ASSERT_TRUE(store(cache, keyFor(query), answer(query, ttl), t0));
-        EXPECT_EQ(firstTtl(cache.lookup(keyFor(query), 1, t0)), DnsCache::maximumTtl);
-        EXPECT_EQ(firstTtl(cache.lookup(keyFor(query), 1, t0 + 86399s)), 1u);
-        EXPECT_FALSE(cache.lookup(keyFor(query), 1, t0 + 86400s));
     }
 }

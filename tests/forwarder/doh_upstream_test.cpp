@@ -1,47 +1,18 @@
 // DohUpstream against a local unbound DNS-over-HTTPS server on loopback.
 
-#include "forwarder/dns_message.h"
 #include "forwarder/doh_upstream.h"
 #include "local_doh_server.h"
 
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTest>
-#include <QtEndian>
-#include <gtest/gtest.h>
 
 using namespace brivanta;
 using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int names = 20;
 constexpr int hangGuardMs = 15000; // not a speed check
-
-QStringList zone()
-{
-    QStringList lines;
-    for (int i = 0; i < names; ++i)
-        lines << QStringLiteral("h%1.upstream.test. 300 IN A 192.0.2.%1").arg(i);
-    return lines;
-}
-
-QByteArray query(int i)
-{
-    return dns::makeQuery(
-        0, *dns::nameFromText(QStringLiteral("h%1.upstream.test").arg(i).toLatin1()), dns::RRType::A);
-}
-
-std::vector<quint32> addresses(const QByteArray &answer)
-{
-    std::vector<quint32> out;
-    for (const dns::ResourceRecord &record :
-        dns::answerRecords(answer).value_or(std::vector<dns::ResourceRecord>()))
-        if (record.type == dns::RRType::A && record.rdata.size() == 4)
-            out.push_back(qFromBigEndian<quint32>(record.rdata.constData()));
-    return out;
-}
 
 struct Outcome
 {
@@ -50,22 +21,28 @@ struct Outcome
     QString error;
 };
 
+// Asks for h<i>.upstream.test (192.0.2.<i>); the reply lands in outcome.
+void send(DohUpstream &upstream, int i, Outcome &outcome)
+{
+    const auto name = dns::nameFromText(QStringLiteral("h%1.upstream.test").arg(i % 20).toLatin1());
+    upstream.query(
+        dns::makeQuery(0, *name, dns::RRType::A), [&outcome](std::optional<QByteArray> a, QString e) {
+            ++outcome.calls;
+            outcome.answer = std::move(a);
+            outcome.error = std::move(e);
+        });
+}
+
 // Asks and waits; a reply must come exactly once and never from inside query().
 Outcome ask(DohUpstream &upstream, int i = 1)
 {
-    auto outcome = std::make_shared<Outcome>();
-    bool inside = true;
-    upstream.query(query(i), [outcome, &inside](std::optional<QByteArray> answer, QString error) {
-        EXPECT_FALSE(inside) << "replied inside query()";
-        ++outcome->calls;
-        outcome->answer = std::move(answer);
-        outcome->error = std::move(error);
-    });
-    inside = false;
-    EXPECT_TRUE(QTest::qWaitFor([&] { return outcome->calls > 0; }, hangGuardMs));
+    Outcome outcome;
+    send(upstream, i, outcome);
+    EXPECT_EQ(outcome.calls, 0) << "replied inside query()";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return outcome.calls > 0; }, hangGuardMs));
     QCoreApplication::processEvents();
-    EXPECT_EQ(outcome->calls, 1);
-    return *outcome;
+    EXPECT_EQ(outcome.calls, 1);
+    return outcome;
 }
 
 // Relays TCP to the server; freeze() makes every connection made so far go silent but stay open, as a
@@ -102,107 +79,74 @@ private:
     QList<QTcpSocket *> m_frozen;
 };
 
-class DohUpstreamTest : public ::testing::Test
+class DohUpstreamTest : public test::LocalDohTest
 {
 protected:
-    void SetUp() override
+    // The default attempt timeout: a loaded machine must not retry a healthy attempt, as the tests count
+    // connections exactly.
+    UpstreamSettings pinned(quint16 port = 0) const
     {
-        if (auto why = test::LocalDohServer::unavailable())
-            GTEST_SKIP() << qPrintable(*why);
-        ASSERT_TRUE(server.start(zone())) << "the local DNS-over-HTTPS server did not start";
+        return { QUrl(url(port)), {}, { pin(port) }, caFile() };
     }
-
-    UpstreamSettings pinned() const
-    {
-        // The default attempt timeout: a loaded machine must not retry a healthy attempt, as the tests count
-        // connections exactly.
-        return UpstreamSettings { QUrl(server.url()), {}, { server.pin() }, server.caFile() };
-    }
-
-    HostPort plainServer() const { return HostPort { QHostAddress::LocalHost, server.plainPort() }; }
-
-    test::LocalDohServer server;
 };
 
 } // namespace
 
-TEST_F(DohUpstreamTest, ManyParallelQueriesShareOneConnection)
-{
-    DohUpstream upstream(pinned());
-    QSignalSpy succeeded(&upstream, &DohUpstream::succeeded);
-    constexpr int count = 300;
-    std::vector<Outcome> outcomes(count);
-    for (int i = 0; i < count; ++i) {
-        upstream.query(query(i % names), [&outcomes, i](std::optional<QByteArray> answer, QString error) {
-            ++outcomes[i].calls;
-            outcomes[i].answer = std::move(answer);
-            outcomes[i].error = std::move(error);
-        });
-    }
-    EXPECT_TRUE(QTest::qWaitFor([&] { return succeeded.count() == count; }, hangGuardMs));
-    for (int i = 0; i < count; ++i) {
-        ASSERT_TRUE(outcomes[i].answer) << i << ": " << qPrintable(outcomes[i].error);
-        EXPECT_EQ(outcomes[i].calls, 1);
-        EXPECT_EQ(dns::messageId(*outcomes[i].answer), 0);
-        EXPECT_EQ(addresses(*outcomes[i].answer), std::vector<quint32> { 0xc0000200u + quint32(i % names) })
-            << i;
-    }
-    EXPECT_EQ(upstream.connectionsOpened(), 1u);
-}
-
-TEST_F(DohUpstreamTest, EndpointHostIsFoundWithoutTheSystemResolver)
+TEST_F(DohUpstreamTest, ParallelQueriesShareOneConnectionWithoutTheSystemResolver)
 {
     // doh.brivanta.test is known only to the local server's plain port; the system resolver cannot
     // find it, and curl is not allowed to ask it.
-    const HostPort refusing { QHostAddress::LocalHost, test::LocalDohServer::freePort() };
+    const HostPort refusing { QHostAddress::LocalHost, test::freePort() };
+    const HostPort plain { QHostAddress::LocalHost, plainPort };
     const struct
     {
         const char *what;
         UpstreamSettings settings;
     } cases[] = {
         { "pinned", pinned() },
-        { "bootstrap, after a server that refuses",
-            { QUrl(server.url()), { refusing, plainServer() }, {}, server.caFile(), 500ms } },
+        { "bootstrap, after a server that refuses", { QUrl(url()), { refusing, plain }, {}, caFile() } },
         { "address literal, nothing to resolve",
-            { QUrl(QStringLiteral("https://127.0.0.1:%1/dns-query").arg(server.port())), {}, {},
-                server.caFile(), 500ms } },
+            { QUrl(QStringLiteral("https://127.0.0.1:%1/dns-query").arg(dohPort)), {}, {}, caFile() } },
     };
     for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
         DohUpstream upstream(c.settings);
-        for (int i = 0; i < 2; ++i) {
-            const Outcome outcome = ask(upstream, i);
-            ASSERT_TRUE(outcome.answer) << c.what << ": " << qPrintable(outcome.error);
-            EXPECT_EQ(addresses(*outcome.answer), std::vector<quint32> { 0xc0000200u + quint32(i) })
-                << c.what;
+        QSignalSpy succeeded(&upstream, &DohUpstream::succeeded);
+        std::vector<Outcome> outcomes(300); // more than the upstream keeps handles for
+        for (size_t i = 0; i < outcomes.size(); ++i)
+            send(upstream, int(i), outcomes[i]);
+        EXPECT_EQ(outcomes[0].calls, 0) << "replied inside query()";
+        EXPECT_TRUE(QTest::qWaitFor([&] { return succeeded.count() == 300; }, hangGuardMs));
+        for (size_t i = 0; i < outcomes.size(); ++i) {
+            ASSERT_TRUE(outcomes[i].answer) << i << ": " << qPrintable(outcomes[i].error);
+            EXPECT_EQ(outcomes[i].calls, 1);
+            EXPECT_EQ(dns::messageId(*outcomes[i].answer), 0);
+            EXPECT_EQ(test::addresses(*outcomes[i].answer), std::vector { 0xc0000200u + quint32(i % 20) })
+                << i;
         }
+        EXPECT_EQ(upstream.connectionsOpened(), 1u);
     }
 }
 
 TEST_F(DohUpstreamTest, FailuresAreReportedReadablyAndNeverAnswered)
 {
-    const quint16 closed = test::LocalDohServer::freePort();
-    const HostPort silent { QHostAddress::LocalHost, closed };
-    UpstreamSettings bootstrapFails { QUrl(server.url()), { silent }, {}, server.caFile(), 500ms };
-    UpstreamSettings noBootstrap { QUrl(server.url()), {}, {}, server.caFile(), 500ms };
+    const quint16 closed = test::freePort();
     UpstreamSettings untrusted = pinned();
     untrusted.caFile.clear();
     UpstreamSettings wrongPath = pinned();
     wrongPath.endpoint.setPath(QStringLiteral("/elsewhere"));
-    UpstreamSettings nobodyListens {
-        QUrl(QStringLiteral("https://doh.brivanta.test:%1/dns-query").arg(closed)), {},
-        { QStringLiteral("doh.brivanta.test:%1:127.0.0.1").arg(closed) }, server.caFile(), 500ms
-    };
     const struct
     {
         UpstreamSettings settings;
         QString error; // the start of it
     } cases[] = {
-        { bootstrapFails,
+        { { QUrl(url()), { { QHostAddress::LocalHost, closed } }, {}, caFile(), 500ms },
             QStringLiteral("could not resolve doh.brivanta.test through 127.0.0.1:%1").arg(closed) },
-        { noBootstrap, QStringLiteral("no server to resolve doh.brivanta.test through") },
+        { { QUrl(url()), {}, {}, caFile(), 500ms },
+            QStringLiteral("no server to resolve doh.brivanta.test through") },
         { untrusted, QStringLiteral("TLS with doh.brivanta.test: self-signed certificate") },
         { wrongPath, QStringLiteral("HTTP 404 from doh.brivanta.test") },
-        { nobodyListens,
+        { pinned(closed),
             QStringLiteral("doh.brivanta.test: Failed to connect to doh.brivanta.test port %1").arg(closed) },
     };
     for (const auto &c : cases) {
@@ -218,27 +162,19 @@ TEST_F(DohUpstreamTest, FailuresAreReportedReadablyAndNeverAnswered)
 
 TEST_F(DohUpstreamTest, StalledConnectionIsReplacedAndTheQueryStillAnswered)
 {
-    StallingRelay relay(server.port());
-    UpstreamSettings settings = pinned();
-    settings.endpoint.setPort(relay.port());
-    settings.pins = QStringList { QStringLiteral("doh.brivanta.test:%1:127.0.0.1").arg(relay.port()) };
-    DohUpstream upstream(settings);
+    StallingRelay relay(dohPort);
+    DohUpstream upstream(pinned(relay.port()));
     ASSERT_TRUE(ask(upstream, 1).answer);
 
     relay.freeze(); // the pooled connection is now dead without being closed
     // Both wait on the dead connection; the first to time out moves the other to the fresh one with it.
     std::vector<Outcome> outcomes(2);
-    for (int i = 0; i < 2; ++i) {
-        upstream.query(query(2 + i), [&outcomes, i](std::optional<QByteArray> answer, QString error) {
-            ++outcomes[i].calls;
-            outcomes[i].answer = std::move(answer);
-            outcomes[i].error = std::move(error);
-        });
-    }
+    send(upstream, 2, outcomes[0]);
+    send(upstream, 3, outcomes[1]);
     ASSERT_TRUE(QTest::qWaitFor([&] { return outcomes[0].calls && outcomes[1].calls; }, hangGuardMs));
     for (int i = 0; i < 2; ++i) {
         ASSERT_TRUE(outcomes[i].answer) << qPrintable(outcomes[i].error);
-        EXPECT_EQ(addresses(*outcomes[i].answer), std::vector<quint32> { 0xc0000202u + quint32(i) });
+        EXPECT_EQ(test::addresses(*outcomes[i].answer), std::vector { 0xc0000202u + quint32(i) });
     }
     EXPECT_EQ(upstream.connectionsOpened(), 2u);
 
@@ -254,7 +190,8 @@ TEST_F(DohUpstreamTest, PendingRepliesAreDroppedWithTheUpstream)
     {
         DohUpstream upstream(pinned());
         for (int i = 0; i < 10; ++i)
-            upstream.query(query(i), [&calls](std::optional<QByteArray>, QString) { ++calls; });
+            upstream.query(dns::makeQuery(0, *dns::nameFromText("a.e2e.test"), dns::RRType::A),
+                [&calls](std::optional<QByteArray>, QString) { ++calls; });
         QCoreApplication::processEvents(); // under way
     }
     // A leftover timer, notifier or deferred deletion of a dropped transfer would run here.

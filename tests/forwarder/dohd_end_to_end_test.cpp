@@ -1,99 +1,56 @@
 // brivanta-dohd as a child process, forwarding to a local unbound DNS-over-HTTPS server, on loopback.
 
 #include "forwarder/canary.h"
-#include "forwarder/dns_message.h"
 #include "local_doh_server.h"
 
 #include <QDateTime>
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QtEndian>
-#include <arpa/inet.h>
-#include <gtest/gtest.h>
-#include <netinet/in.h>
+#include <QNetworkDatagram>
 #include <set>
-#include <sys/socket.h>
-#include <unistd.h>
 
 using namespace brivanta;
-namespace dns = brivanta::dns;
+using test::addresses;
+using test::bigRecords;
 
 namespace {
-
-constexpr int bigRecords = 60; // about 1 KB of answer: more than a plain UDP client's 512 bytes
-
-QStringList zone()
-{
-    QStringList lines { QStringLiteral("a.e2e.test. 300 IN A 192.0.2.10"),
-        QStringLiteral("b.e2e.test. 300 IN A 192.0.2.11") };
-    for (int i = 1; i <= bigRecords; ++i)
-        lines << QStringLiteral("big.e2e.test. 300 IN A 198.51.100.%1").arg(i);
-    return lines;
-}
 
 QByteArray query(quint16 id, const char *name, quint16 type = dns::RRType::A, quint16 ednsSize = 0)
 {
     QByteArray q = dns::makeQuery(id, *dns::nameFromText(name), type);
-    if (ednsSize) {
-        q[11] = 1; // ARCOUNT: an OPT record advertising ednsSize
-        q.append('\0').append("\x00\x29", 2).append(char(ednsSize >> 8)).append(char(ednsSize & 0xff));
-        q.append(6, '\0');
+    if (ednsSize) { // an OPT record advertising ednsSize
+        q[11] = 1;
+        q += QByteArray("\0\0\x29", 3) + char(ednsSize >> 8) + char(ednsSize) + QByteArray(6, '\0');
     }
     return q;
 }
 
-int connectedSocket(int type, quint16 port)
-{
-    const int fd = ::socket(AF_INET, type, 0);
-    const timeval timeout { 10, 0 }; // a hang guard, not a speed check
-    ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
-    const sockaddr_in address = test::LocalDohServer::loopback(port);
-    if (::connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
-        ::close(fd);
-        return -1;
-    }
-    return fd;
-}
+constexpr int hangGuardMs = 10000; // not a speed check
 
 QByteArray askUdp(quint16 port, const QByteArray &message)
 {
-    const int fd = connectedSocket(SOCK_DGRAM, port);
-    QByteArray answer(65535, '\0');
-    const ssize_t n = ::send(fd, message.data(), message.size(), 0) == message.size()
-        ? ::recv(fd, answer.data(), answer.size(), 0)
-        : -1;
-    ::close(fd);
-    answer.resize(std::max<ssize_t>(n, 0));
-    return answer;
+    QUdpSocket socket;
+    socket.writeDatagram(message, QHostAddress::LocalHost, port);
+    return socket.waitForReadyRead(hangGuardMs) ? socket.receiveDatagram().data() : QByteArray();
 }
 
 // All messages written at once on one connection; the answers as they come, in any order.
 std::vector<QByteArray> askTcp(quint16 port, const std::vector<QByteArray> &messages)
 {
-    const int fd = connectedSocket(SOCK_STREAM, port);
-    QByteArray out;
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
     for (const QByteArray &m : messages)
-        out += dns::frame(m);
-    std::vector<QByteArray> answers;
-    if (fd < 0 || ::send(fd, out.data(), out.size(), 0) != out.size())
-        return answers;
+        socket.write(dns::frame(m));
     dns::TcpFrameReader reader;
-    char buffer[4096];
+    std::vector<QByteArray> answers;
     while (answers.size() < messages.size()) {
-        if (auto next = reader.next()) {
+        if (auto next = reader.next())
             answers.push_back(*next);
-            continue;
-        }
-        const ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
-        if (n <= 0)
+        else if (socket.waitForReadyRead(hangGuardMs))
+            reader.append(socket.readAll());
+        else
             break;
-        reader.append(QByteArrayView(buffer, n));
     }
-    ::close(fd);
     return answers;
 }
 
@@ -103,20 +60,9 @@ dns::RCode rcodeOf(const QByteArray &answer)
     return info ? info->rcode : dns::RCode(0xff);
 }
 
-std::vector<quint32> addresses(const QByteArray &answer)
+struct Daemon
 {
-    std::vector<quint32> result;
-    for (const dns::ResourceRecord &r :
-        dns::answerRecords(answer).value_or(std::vector<dns::ResourceRecord> {}))
-        if (r.type == dns::RRType::A && r.rdata.size() == 4)
-            result.push_back(qFromBigEndian<quint32>(r.rdata.constData()));
-    return result;
-}
-
-class Daemon
-{
-public:
-    quint16 port = test::LocalDohServer::freePort();
+    quint16 port = test::freePort();
     QTemporaryDir stateDir;
     QProcess process;
 
@@ -136,41 +82,15 @@ public:
         process.waitForFinished(5000);
     }
     QString healthPath() const { return stateDir.filePath(QStringLiteral("health.json")); }
-    QByteArray canarySecret() const
-    {
-        QFile file(healthPath());
-        file.open(QIODevice::ReadOnly);
-        return QByteArray::fromHex(QJsonDocument::fromJson(file.readAll())
-                                       .object()
-                                       .value(QLatin1String("canarySecret"))
-                                       .toString()
-                                       .toLatin1());
-    }
 };
 
-class DohdEndToEnd : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        if (auto why = test::LocalDohServer::unavailable())
-            GTEST_SKIP() << qPrintable(*why);
-        ASSERT_TRUE(server.start(zone())) << "the local DNS-over-HTTPS server did not start";
-    }
-    test::LocalDohServer server;
-};
-
-std::unique_ptr<Daemon> daemonFor(const test::LocalDohServer &server)
-{
-    return std::make_unique<Daemon>(server.url(), server.pin(), server.caFile());
-}
+using DohdEndToEnd = test::LocalDohTest;
 
 } // namespace
 
 TEST_F(DohdEndToEnd, AnswersPassThroughWithTheClientsIdsOverUdpAndTcp)
 {
-    const auto started = daemonFor(server);
-    Daemon &daemon = *started;
+    Daemon daemon(url(), pin(), caFile());
     ASSERT_EQ(daemon.process.state(), QProcess::Running) << daemon.process.readAllStandardError().constData();
 
     const struct
@@ -212,25 +132,23 @@ TEST_F(DohdEndToEnd, AnswersPassThroughWithTheClientsIdsOverUdpAndTcp)
     EXPECT_EQ(ids, (std::set<quint16> { 1, 2, 3, 4, 5, 6, 7 }));
 
     // UDP: cut to the client's advertised size, with TC, and whole when it fits.
-    const struct
-    {
-        quint16 ednsSize;
-        bool truncated;
-    } sizes[] = { { 0, true }, { 512, true }, { 1232, false } };
-    for (const auto &s : sizes) {
-        const QByteArray answer = askUdp(daemon.port, query(99, "big.e2e.test", dns::RRType::A, s.ednsSize));
-        EXPECT_EQ(dns::inspectResponse(answer).value().truncated, s.truncated) << s.ednsSize;
-        EXPECT_LE(answer.size(), std::max<int>(s.ednsSize, 512));
-        EXPECT_EQ(addresses(answer).size(), s.truncated ? 0u : size_t(bigRecords));
+    for (const quint16 ednsSize : { 0, 512, 1232 }) {
+        const bool truncated = ednsSize < 1232;
+        const QByteArray answer = askUdp(daemon.port, query(99, "big.e2e.test", dns::RRType::A, ednsSize));
+        EXPECT_EQ(dns::inspectResponse(answer).value().truncated, truncated) << ednsSize;
+        EXPECT_LE(answer.size(), std::max<int>(ednsSize, 512));
+        EXPECT_EQ(addresses(answer).size(), truncated ? 0u : size_t(bigRecords));
     }
 }
 
 TEST_F(DohdEndToEnd, CanaryProvesTheEndpointAnswersAndFailsClosedWithoutIt)
 {
-    const auto started = daemonFor(server);
-    Daemon &daemon = *started;
+    Daemon daemon(url(), pin(), caFile());
     ASSERT_EQ(daemon.process.state(), QProcess::Running);
-    const QByteArray secret = daemon.canarySecret();
+    QFile health(daemon.healthPath());
+    ASSERT_TRUE(health.open(QIODevice::ReadOnly));
+    const QByteArray secret = QByteArray::fromHex(
+        QJsonDocument::fromJson(health.readAll())["canarySecret"].toString().toLatin1());
     ASSERT_EQ(secret.size(), 16);
 
     const QByteArray nonce = "n0nce-" + QByteArray::number(QDateTime::currentMSecsSinceEpoch());
@@ -243,15 +161,14 @@ TEST_F(DohdEndToEnd, CanaryProvesTheEndpointAnswersAndFailsClosedWithoutIt)
     EXPECT_TRUE(dns::answerRecords(answer).value_or(std::vector<dns::ResourceRecord>(1)).empty());
 
     // The endpoint goes away: new names fail closed; it comes back: they are answered again.
-    server.stop();
+    stopServer();
     EXPECT_EQ(rcodeOf(askUdp(daemon.port, query(7, "b.e2e.test"))), dns::RCode::ServFail);
-    ASSERT_TRUE(server.start(zone()));
+    ASSERT_TRUE(startServer());
     EXPECT_EQ(addresses(askUdp(daemon.port, query(8, "b.e2e.test"))), std::vector<quint32> { 0xc000020b });
 
     // A forwarder whose endpoint never answered gives no canary address.
-    const quint16 nobody = test::LocalDohServer::freePort();
-    Daemon orphan(QStringLiteral("https://doh.e2e.test:%1/dns-query").arg(nobody),
-        QStringLiteral("doh.e2e.test:%1:127.0.0.1").arg(nobody), server.caFile());
+    const quint16 nobody = test::freePort();
+    Daemon orphan(url(nobody), pin(nobody), caFile());
     ASSERT_EQ(orphan.process.state(), QProcess::Running);
     EXPECT_EQ(rcodeOf(askUdp(orphan.port, query(9, name.constData()))), dns::RCode::ServFail);
 }
@@ -259,38 +176,30 @@ TEST_F(DohdEndToEnd, CanaryProvesTheEndpointAnswersAndFailsClosedWithoutIt)
 TEST(DohdConfiguration, BadConfigurationIsOneLineAndExitStatusTwo)
 {
     QTemporaryDir dir;
-    const QString file = dir.filePath(QStringLiteral("dohd.conf"));
-    const QString usage
-        = QStringLiteral("the endpoint must be https://host[:port][/path], without user, query or fragment");
+    QFile file(dir.filePath(QStringLiteral("dohd.conf")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("endpoint = https://dns.example/\n# ok\nupstream = https://other.example/\n");
+    file.close();
     const struct
     {
-        const char *configuration; // written to FILE and given with --config
         QStringList arguments;
-        QString line; // FILE stands for the configuration's path
+        QString line;
     } cases[] = {
-        { nullptr, { QStringLiteral("--upstream"), QStringLiteral("http://dns.example/dns-query") },
-            QStringLiteral("--upstream: ") + usage },
-        { "endpoint = https://dns.example/\n# ok\nupstream = https://other.example/\n", {},
-            QStringLiteral("FILE:3: unknown setting \"upstream\"") },
-        { nullptr, {},
+        { { QStringLiteral("--upstream"), QStringLiteral("http://dns.example/dns-query") },
+            QStringLiteral(
+                "--upstream: the endpoint must be https://host[:port][/path], without user, query or "
+                "fragment") },
+        { { QStringLiteral("--config"), file.fileName() },
+            file.fileName() + QStringLiteral(":3: unknown setting \"upstream\"") },
+        { {},
             QStringLiteral(
                 "no endpoint: give --upstream https://host/path or endpoint = in the configuration") },
     };
     for (const auto &c : cases) {
-        QStringList arguments = c.arguments;
-        if (c.configuration) {
-            QFile out(file);
-            ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
-            out.write(c.configuration);
-            out.close();
-            arguments << QStringLiteral("--config") << file;
-        }
         QProcess process;
-        process.start(QStringLiteral(BRIVANTA_DOHD_PATH), arguments);
+        process.start(QStringLiteral(BRIVANTA_DOHD_PATH), c.arguments);
         ASSERT_TRUE(process.waitForFinished(10000));
-        const QString expected
-            = QStringLiteral("brivanta-dohd: ") + QString(c.line).replace(QLatin1String("FILE"), file);
-        EXPECT_EQ(process.exitCode(), 2) << qPrintable(expected);
-        EXPECT_EQ(QString::fromUtf8(process.readAllStandardError()), expected + QLatin1Char('\n'));
+        EXPECT_EQ(process.exitCode(), 2) << qPrintable(c.line);
+        EXPECT_EQ(QString::fromUtf8(process.readAllStandardError()), "brivanta-dohd: " + c.line + '\n');
     }
 }

@@ -27,35 +27,33 @@ public:
         return m_requests;
     }
 
-    std::size_t openCount() const
+    // Completes the oldest (or, for overlapping runs, the newest) open request to the URL on a thread of
+    // its own, as a real loader does.
+    void completeOnOtherThread(const QUrl &url, HttpOutcome outcome, bool newest = false)
     {
-        std::lock_guard lock(m_mutex);
-        return m_open.size();
-    }
-
-    // Completes the oldest open request to the URL on a thread of its own, as a real loader does.
-    void completeOnOtherThread(const QUrl &url, HttpOutcome outcome)
-    {
-        Completion completion = take(url);
-        std::thread loader([&] { completion(std::move(outcome)); });
-        loader.join();
-    }
-
-    // Completes the newest open request to the URL, for runs that overlap.
-    void completeNewestOnOtherThread(const QUrl &url, HttpOutcome outcome)
-    {
-        Completion completion = take(url, /*newest=*/true);
-        std::thread loader([&] { completion(std::move(outcome)); });
-        loader.join();
+        Completion completion;
+        {
+            std::lock_guard lock(m_mutex);
+            auto found = m_open.end();
+            for (auto it = m_open.begin(); it != m_open.end() && (newest || found == m_open.end()); ++it)
+                found = it->url == url ? it : found;
+            if (found == m_open.end())
+                throw std::logic_error("no open request to " + url.toString().toStdString());
+            completion = std::move(found->completion);
+            m_open.erase(found);
+        }
+        std::thread([&] { completion(std::move(outcome)); }).join();
     }
 
     // Completes every open request, oldest first, each with the outcome chosen for its URL.
     template <typename Choose> void completeAll(Choose choose)
     {
-        while (openCount() > 0) {
+        for (;;) {
             QUrl url;
             {
                 std::lock_guard lock(m_mutex);
+                if (m_open.empty())
+                    return;
                 url = m_open.front().url;
             }
             completeOnOtherThread(url, choose(url));
@@ -68,25 +66,6 @@ private:
         QUrl url;
         Completion completion;
     };
-
-    Completion take(const QUrl &url, bool newest = false)
-    {
-        std::lock_guard lock(m_mutex);
-        auto found = m_open.end();
-        for (auto it = m_open.begin(); it != m_open.end(); ++it) {
-            if (it->url == url) {
-                found = it;
-                if (!newest)
-                    break;
-            }
-        }
-        if (found != m_open.end()) {
-            Completion completion = std::move(found->completion);
-            m_open.erase(found);
-            return completion;
-        }
-        throw std::logic_error("no open request to " + url.toString().toStdString());
-    }
 
     mutable std::mutex m_mutex;
     std::vector<HttpRequest> m_requests;

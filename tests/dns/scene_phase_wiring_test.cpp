@@ -6,9 +6,8 @@
 namespace brivanta::testing {
 namespace {
 
-// The application's state reaches the model through the main screen: only a return to the foreground
-// reads the status again.
-TEST(ScenePhaseWiring, ReturningToTheForegroundRefreshesTheStatus)
+// The application's state reaches the model through the main screen.
+TEST(ScenePhaseWiring, OnlyReturningToTheForegroundRefreshesTheStatus)
 {
     UiHarness ui;
     ui.start();

@@ -25,9 +25,6 @@ TEST(JSONEncoding, WritesKeysInFieldOrderWithUpperCaseIdsAndNoAbsentOptionals)
             "\"ssidMatch\":[\"Caf\xc3\xa9\"],\"dnsSearchDomainMatch\":[],\"dnsServerAddressMatch\":[],"
             R"("probeURL":"https://probe.example/ok"}]})"));
     EXPECT_EQ(decodeJSON<Resolver>(encodeJSON(profile)), profile);
-    const DoHConfiguration doh(
-        { QStringLiteral("::1") }, QUrl(QStringLiteral("https://dns.example/q?x=%2F#f")));
-    EXPECT_EQ(decodeJSON<DoHConfiguration>(encodeJSON(doh)), doh);
 }
 
 // A valid rule and a profile holding it; the tests below change one part of them.
@@ -67,30 +64,26 @@ TEST(JSONDecoding, OnlyOptionalKeysMayBeMissingOrNull)
     }
 }
 
-TEST(Enumerations, DescriptionsAreTheDisplayStringsOfTheRawValues)
+// Unknown values are kept and described as such; anything but a 64-bit integer is refused.
+TEST(Enumerations, AnyIntegerDecodesAndDescribesItsValue)
 {
     // Raw value, the action's description, the interface type's.
-    const std::tuple<qint64, const char *, const char *> cases[]
+    const std::tuple<qint64, const char *, const char *> described[]
         = { { 0, "Unknown", "Any" }, { 1, "Apply settings", "Unknown" },
               { 2, "Do not apply settings", "Wi-Fi" }, { 3, "Apply with excluded domains", "Cellular" },
               { 4, "As is", "Unknown" }, { 5, "Unknown", "Unknown" }, { INT64_MIN, "Unknown", "Unknown" } };
-    for (const auto &[rawValue, action, interfaceType] : cases) {
+    for (const auto &[rawValue, action, interfaceType] : described) {
         EXPECT_EQ(NEOnDemandRuleAction(rawValue).description(), QString::fromUtf8(action)) << rawValue;
         EXPECT_EQ(NEOnDemandRuleInterfaceType(rawValue).description(), QString::fromUtf8(interfaceType))
             << rawValue;
     }
     EXPECT_EQ(Configuration::dnsOverTLS(DoTConfiguration()).description(), QStringLiteral("DNS-over-TLS"));
-}
-
-// Unknown values are kept; anything but a 64-bit integer is refused.
-TEST(JSONDecoding, EnumerationsAreAny64BitInteger)
-{
-    const std::pair<const char *, std::optional<qint64>> cases[] = { { "9", 9 }, { "-0", 0 },
+    const std::pair<const char *, std::optional<qint64>> decoded[] = { { "9", 9 }, { "-0", 0 },
         { "-9223372036854775808", INT64_MIN }, { "9223372036854775807", INT64_MAX }, { "1.5", std::nullopt },
         { "1.0", std::nullopt }, { "1e2", std::nullopt }, { R"("1")", std::nullopt },
         { "true", std::nullopt }, { "null", std::nullopt }, { "[1]", std::nullopt },
         { "9223372036854775808", std::nullopt }, { "99999999999999999999999", std::nullopt } };
-    for (const auto &[value, expected] : cases) {
+    for (const auto &[value, expected] : decoded) {
         const auto action = decodeJSON<NEOnDemandRuleAction>(value);
         EXPECT_EQ(action ? std::optional(action->rawValue) : std::nullopt, expected) << value;
     }

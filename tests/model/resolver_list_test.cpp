@@ -24,20 +24,20 @@ TEST(ResolverListText, TextsThatAreNotAnArrayOfGoodProfilesGiveNoList)
         EXPECT_FALSE(resolversFromRawValue(text)) << text.toStdString();
 }
 
-TEST(ResolverListText, ListSurvivesARoundTripAndKeepsUnicodeAsUTF8)
+TEST(ResolverListText, ListSurvivesARoundTripAndAnUnencodableOneGivesTheEmptyArray)
 {
-    const std::vector<Resolver> list { Resolver(QString::fromUtf8("\u2693 Caf\u00e9"),
-                                           Configuration::dnsOverHTTPS(DoHConfiguration())),
-        Resolver(QStringLiteral("b"),
-            Configuration::dnsOverTLS(DoTConfiguration({ QStringLiteral("1.1.1.1") }))) };
+    const std::vector<Resolver> list {
+        Resolver(QString::fromUtf8("\u2693 Caf\u00e9"),
+            Configuration::dnsOverHTTPS(DoHConfiguration(
+                { QStringLiteral("::1") }, QUrl(QStringLiteral("https://dns.example/q?x=%2F#f"))))),
+        Resolver(
+            QStringLiteral("b"), Configuration::dnsOverTLS(DoTConfiguration({ QStringLiteral("1.1.1.1") })))
+    };
     const QString text = rawValue(list);
     EXPECT_TRUE(text.contains(QString::fromUtf8("\"name\":\"\u2693 Caf\u00e9\""))) << text.toStdString();
     EXPECT_EQ(resolversFromRawValue(text), list);
+    // Nothing, or a list that cannot be written, is the empty array.
     EXPECT_EQ(rawValue({}), QStringLiteral("[]"));
-}
-
-TEST(ResolverListText, UnencodableListGivesTheEmptyArrayText)
-{
     const auto named = [](const QString &name, const std::optional<QUrl> &url) {
         return std::vector { Resolver(name, Configuration::dnsOverHTTPS(DoHConfiguration({}, url))) };
     };
@@ -45,10 +45,6 @@ TEST(ResolverListText, UnencodableListGivesTheEmptyArrayText)
     EXPECT_EQ(
         rawValue(named(QStringLiteral("a"), QUrl(QStringLiteral("http://a b/")))), QStringLiteral("[]"));
 }
-
-// "é" as one code point and as "e" followed by a combining acute accent.
-const QString precomposed = QString::fromUtf8("caf\u00e9");
-const QString decomposed = QString::fromUtf8("cafe\u0301");
 
 Resolver profile(const QString &text, const std::optional<QString> &serverName = QString())
 {
@@ -58,31 +54,26 @@ Resolver profile(const QString &text, const std::optional<QString> &serverName =
             { text }, { text }, QUrl(QStringLiteral("https://probe.example/ok"))) });
 }
 
-TEST(RecordEquality, CanonicallyEquivalentStringsAreEqualAndHashAlike)
+// Canonically equivalent strings compare and hash alike; order, count, absence and protocol still count.
+TEST(RecordEquality, CanonicallyEquivalentStringsAreEqualButOrderCountAndAbsenceAreNot)
 {
+    // "é" as one code point and as "e" followed by a combining acute accent.
+    const QString precomposed = QString::fromUtf8("caf\u00e9");
+    const QString decomposed = QString::fromUtf8("cafe\u0301");
     ASSERT_NE(precomposed, decomposed);
-    EXPECT_EQ(profile(precomposed), profile(decomposed));
-    EXPECT_EQ(qHash(profile(precomposed)), qHash(profile(decomposed)));
     EXPECT_EQ((QSet<Resolver> { profile(precomposed), profile(decomposed), profile(QStringLiteral("cafe")) })
                   .size(),
         2);
     const auto doh
-        = [](const QString &server) { return Configuration::dnsOverHTTPS(DoHConfiguration({ server })); };
-    EXPECT_EQ(qHash(doh(precomposed)), qHash(doh(decomposed)));
-    EXPECT_NE(doh(precomposed), doh(QStringLiteral("cafe")));
-}
+        = [](const QStringList &servers) { return Configuration::dnsOverHTTPS(DoHConfiguration(servers)); };
+    EXPECT_EQ(qHash(doh({ precomposed })), qHash(doh({ decomposed })));
+    EXPECT_EQ(doh({ precomposed }), doh({ decomposed }));
 
-// Order and count matter, and an absent value never equals an empty one.
-TEST(RecordEquality, OrderCountAndAbsenceTellRecordsApart)
-{
     const QString a = QStringLiteral("a");
     EXPECT_NE(profile(a), profile(a, std::nullopt));
-    EXPECT_NE(DoHConfiguration({ a, QStringLiteral("b") }), DoHConfiguration({ QStringLiteral("b"), a }));
-    EXPECT_NE(DoHConfiguration({ a }), DoHConfiguration({ a, a }));
-    EXPECT_NE(
-        DoHConfiguration({}, std::nullopt), DoHConfiguration({}, QUrl(QStringLiteral("https://a.example"))));
-    // The other protocol with the same (empty) server list.
-    EXPECT_NE(Configuration::dnsOverTLS(DoTConfiguration()), Configuration::dnsOverHTTPS(DoHConfiguration()));
+    EXPECT_NE(doh({ a, QStringLiteral("b") }), doh({ QStringLiteral("b"), a }));
+    EXPECT_NE(doh({ a }), doh({ a, a }));
+    EXPECT_NE(Configuration::dnsOverTLS(DoTConfiguration()), doh({}));
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 namespace brivanta::testing {
 namespace {
 
-// The application's state reaches the model through the main screen.
 TEST(ScenePhaseWiring, OnlyReturningToTheForegroundRefreshesTheStatus)
 {
     UiHarness ui;

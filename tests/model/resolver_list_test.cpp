@@ -38,12 +38,10 @@ TEST(ResolverListText, ListSurvivesARoundTripAndAnUnencodableOneGivesTheEmptyArr
     EXPECT_EQ(resolversFromRawValue(text), list);
     // Nothing, or a list that cannot be written, is the empty array.
     EXPECT_EQ(rawValue({}), QStringLiteral("[]"));
-    const auto named = [](const QString &name, const std::optional<QUrl> &url) {
-        return std::vector { Resolver(name, Configuration::dnsOverHTTPS(DoHConfiguration({}, url))) };
-    };
-    EXPECT_EQ(rawValue(named(QString(QChar(0xdc00)), std::nullopt)), QStringLiteral("[]"));
-    EXPECT_EQ(
-        rawValue(named(QStringLiteral("a"), QUrl(QStringLiteral("http://a b/")))), QStringLiteral("[]"));
+    EXPECT_EQ(rawValue({ Resolver(QString(QChar(0xdc00)), list[1].configuration) }), QStringLiteral("[]"));
+    const DoHConfiguration badURL({}, QUrl(QStringLiteral("http://a b/")));
+    EXPECT_EQ(rawValue({ Resolver(QStringLiteral("a"), Configuration::dnsOverHTTPS(badURL)) }),
+        QStringLiteral("[]"));
 }
 
 Resolver profile(const QString &text, const std::optional<QString> &serverName = QString())
@@ -60,7 +58,6 @@ TEST(RecordEquality, CanonicallyEquivalentStringsAreEqualButOrderCountAndAbsence
     // "é" as one code point and as "e" followed by a combining acute accent.
     const QString precomposed = QString::fromUtf8("caf\u00e9");
     const QString decomposed = QString::fromUtf8("cafe\u0301");
-    ASSERT_NE(precomposed, decomposed);
     EXPECT_EQ((QSet<Resolver> { profile(precomposed), profile(decomposed), profile(QStringLiteral("cafe")) })
                   .size(),
         2);

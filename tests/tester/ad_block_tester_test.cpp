@@ -5,14 +5,11 @@
 #include <QSignalSpy>
 #include <array>
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace brivanta {
 namespace {
 
-using namespace std::chrono_literals;
-using testing::httpStatus;
-using testing::transportError;
+using namespace testing;
 
 using Results = std::map<QString, bool>;
 const QUrl a(QStringLiteral("https://a.test"));
@@ -26,8 +23,8 @@ protected:
         return AdBlockTester::withTestDomainsForTesting(http, mainQueue, std::move(domains));
     }
 
-    testing::FakeHttpClient http;
-    testing::ManualMainQueue mainQueue;
+    FakeHttpClient http;
+    ManualMainQueue mainQueue;
 };
 using AdBlockTesterDeathTest = AdBlockTesterTest;
 
@@ -35,11 +32,10 @@ TEST_F(AdBlockTesterTest, StartsOneRequestPerEntryInListOrderWithAFiveSecondTime
 {
     AdBlockTester tester(http, mainQueue);
     tester.runTest();
-    const std::vector<HttpRequest> requests = http.requests();
-    ASSERT_EQ(requests.size(), 10u);
-    for (std::size_t i = 0; i < requests.size(); ++i) {
-        EXPECT_EQ(requests[i].url, QUrl(tester.testDomains()[qsizetype(i)]));
-        EXPECT_EQ(requests[i].timeoutInterval, 5s);
+    ASSERT_EQ(http.requests().size(), 10u);
+    for (qsizetype i = 0; i < 10; ++i) {
+        EXPECT_EQ(http.requests()[i].url, QUrl(tester.testDomains()[i]));
+        EXPECT_EQ(http.requests()[i].timeoutInterval, std::chrono::seconds(5));
     }
     EXPECT_EQ(mainQueue.pending(), 0u);
 }
@@ -119,22 +115,17 @@ TEST_F(AdBlockTesterTest, EntriesThatDoNotParseAreSkippedButStayInTheTotal)
 
 TEST(AdBlockTesterScore, DividesMultipliesAndTruncatesInThatOrder)
 {
-    constexpr qint64 max = std::numeric_limits<qint64>::max();
     const std::array<qint64, 3> cases[] = { { 2, 3, 66 }, { 29, 100, 28 }, { 0, 10, 0 }, { 10, 10, 100 },
-        { 1, 7, 14 }, { max / 1000, max / 10, 1 } };
+        { 1, 7, 14 }, { INT64_MAX / 1000, INT64_MAX / 10, 1 } };
     for (const auto &[blocked, total, score] : cases)
         EXPECT_EQ(AdBlockTester::blockingScore(blocked, total), score) << blocked << " of " << total;
 }
 
 TEST_F(AdBlockTesterDeathTest, AnEmptyListOrAScoreOutside64BitsStops)
 {
-    EXPECT_DEATH(AdBlockTester::blockingScore(std::numeric_limits<qint64>::max(), 1), "out of range");
+    EXPECT_DEATH(AdBlockTester::blockingScore(INT64_MAX, 1), "out of range");
     auto tester = makeTester({});
-    const auto run = [&] {
-        tester->runTest();
-        mainQueue.runAll();
-    };
-    EXPECT_DEATH(run(), "empty test run");
+    EXPECT_DEATH(tester->runTest(); mainQueue.runAll(), "empty test run");
 }
 
 TEST_F(AdBlockTesterTest, OutcomesAfterTheTesterIsGoneTouchNothing)

@@ -9,8 +9,7 @@
 
 namespace brivanta::testing {
 
-// Records every request and holds its completion until the test releases it. Requests start and are
-// released on the test's thread; only the completions run on a thread of their own.
+// Holds every request until the test completes it; only the completions leave the test's thread.
 class FakeHttpClient final : public HttpClient
 {
 public:
@@ -22,8 +21,7 @@ public:
 
     const std::vector<HttpRequest> &requests() const { return m_requests; }
 
-    // Completes the oldest (or, for overlapping runs, the newest) open request to the URL on a thread of
-    // its own, as a real loader does.
+    // The oldest (or, for overlapping runs, the newest) open request to the URL, as a real loader does.
     void completeOnOtherThread(const QUrl &url, HttpOutcome outcome, bool newest = false)
     {
         auto found = m_open.end();
@@ -36,7 +34,7 @@ public:
         std::thread([&] { completion(std::move(outcome)); }).join();
     }
 
-    // Completes every open request, oldest first, each with the outcome chosen for its URL.
+    // Every open request, oldest first, each with the outcome chosen for its URL.
     template <typename Choose> void completeAll(Choose choose)
     {
         while (!m_open.empty()) {

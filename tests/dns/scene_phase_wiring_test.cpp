@@ -6,9 +6,7 @@
 namespace brivanta::testing {
 namespace {
 
-// The application's state reaches the model through the main screen: only a return to the foreground
-// reads the status again.
-TEST(ScenePhaseWiring, ReturningToTheForegroundRefreshesTheStatus)
+TEST(ScenePhaseWiring, OnlyReturningToTheForegroundRefreshesTheStatus)
 {
     UiHarness ui;
     ui.start();

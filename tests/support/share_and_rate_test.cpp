@@ -1,9 +1,13 @@
 #include "brivanta_build_config.h"
 #include "fakes/fake_application_services.h"
 #include "fakes/fake_bundle_info.h"
+#include "fakes/fake_preferences.h"
+#include "support/launch_counter.h"
 #include "support/share_and_rate.h"
 
+#include <functional>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace brivanta {
 namespace {
@@ -11,39 +15,29 @@ namespace {
 using testing::FakeApplicationServices;
 using testing::FakeBundleInfo;
 using testing::FakeOtherScene;
+using testing::FakePreferences;
 using testing::FakeViewController;
 using testing::FakeWindowScene;
 
-const QByteArray shareBody
-    = "! \xF0\x9F\x8E\x89\n\n"
-      "\xE2\x9C\xA8 Enjoy the latest features, bug fixes, and sleek UI improvements!\n"
-      "\xF0\x9F\x93\xB2 New users, download now! \xF0\x9F\x94\x84 Existing users, update for "
-      "the best experience! \xF0\x9F\x94\xA5\n\n";
+const QString launchCount = QStringLiteral("launchCount");
 
 FakeBundleInfo bundleWith(QVariant name, QVariant version)
 {
     FakeBundleInfo bundle;
-    if (name.isValid())
-        bundle.dictionary.insert(QStringLiteral("CFBundleName"), name);
-    if (version.isValid())
-        bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), version);
+    bundle.dictionary.insert(QStringLiteral("CFBundleName"), name);
+    bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), version);
     return bundle;
 }
 
-TEST(ShareText, ComposesOpeningNameSpaceVersionAndBody)
+TEST(ShareText, ComposesOpeningNameSpaceVersionAndBodyWithFallbacksForValuesThatAreNotText)
 {
-    const struct
-    {
-        QVariant name;
-        QVariant version;
-        QByteArray firstLine;
-    } cases[]
-        = { { QStringLiteral("Brivanta"), QStringLiteral("2.1"), "\xF0\x9F\x9A\x80 Check out Brivanta 2.1" },
-              { QVariant(42), QStringLiteral("2.1"), "\xF0\x9F\x9A\x80 Check out this app 2.1" },
-              { QStringLiteral("Brivanta"), QVariant(2.1), "\xF0\x9F\x9A\x80 Check out Brivanta " },
-              { QVariant(), QVariant(), "\xF0\x9F\x9A\x80 Check out this app " } };
-    for (const auto &c : cases)
-        EXPECT_EQ(shareText(bundleWith(c.name, c.version)).toUtf8(), c.firstLine + shareBody);
+    const QByteArray body = "! \xF0\x9F\x8E\x89\n\n"
+                            "\xE2\x9C\xA8 Enjoy the latest features, bug fixes, and sleek UI improvements!\n"
+                            "\xF0\x9F\x93\xB2 New users, download now! \xF0\x9F\x94\x84 Existing users, "
+                            "update for the best experience! \xF0\x9F\x94\xA5\n\n";
+    EXPECT_EQ(shareText(bundleWith(QStringLiteral("Brivanta"), QStringLiteral("2.1"))).toUtf8(),
+        "\xF0\x9F\x9A\x80 Check out Brivanta 2.1" + body);
+    EXPECT_EQ(shareText(bundleWith(42, 2.1)).toUtf8(), "\xF0\x9F\x9A\x80 Check out this app " + body);
 }
 
 TEST(ShareApp, PresentsTextThenStoreLinkOnTheRootControllerAnimatedAsAPopoverWhereThereIsOne)
@@ -76,56 +70,89 @@ TEST(ShareApp, PresentsTextThenStoreLinkOnTheRootControllerAnimatedAsAPopoverWhe
     }
 }
 
-enum class Presenter { NoScene, OtherKindFirst, NoWindows, NoRootController };
-
-class ShareAppWithoutPresenter : public ::testing::TestWithParam<Presenter>
+TEST(ShareApp, WithoutARootInTheFirstWindowOfTheFirstWindowSceneDoesNothingAndTriesNoOther)
 {
-};
-
-TEST_P(ShareAppWithoutPresenter, DoesNothingAndTriesNoOtherPresenter)
-{
-    const FakeBundleInfo bundle;
-    FakeApplicationServices application;
-    // A usable root that a fallback would wrongly pick: in a later scene or a later window.
-    FakeViewController *bystander = nullptr;
-    switch (GetParam()) {
-    case Presenter::NoScene:
-        break;
-    case Presenter::OtherKindFirst:
-        application.addScene<FakeOtherScene>();
-        bystander = &application.addWindowSceneWithRoot();
-        break;
-    case Presenter::NoWindows:
-        application.addScene<FakeWindowScene>();
-        bystander = &application.addWindowSceneWithRoot();
-        break;
-    case Presenter::NoRootController: {
-        auto &scene = application.addScene<FakeWindowScene>();
-        scene.addWindow().root.reset();
-        bystander = scene.addWindow().root.get();
-        break;
+    // Each returns a usable root that a fallback would wrongly pick: in a later scene or a later window.
+    const std::function<FakeViewController *(FakeApplicationServices &)> setups[] = {
+        [](FakeApplicationServices &) -> FakeViewController * { return nullptr; }, // no scene
+        [](FakeApplicationServices &a) {
+            a.addScene<FakeOtherScene>();
+            return &a.addWindowSceneWithRoot();
+        },
+        [](FakeApplicationServices &a) { // a window scene without windows
+            a.addScene<FakeWindowScene>();
+            return &a.addWindowSceneWithRoot();
+        },
+        [](FakeApplicationServices &a) {
+            auto &scene = a.addScene<FakeWindowScene>();
+            scene.addWindow().root.reset();
+            return scene.addWindow().root.get();
+        },
+    };
+    for (std::size_t i = 0; i < std::size(setups); ++i) {
+        FakeApplicationServices application;
+        const FakeViewController *bystander = setups[i](application);
+        shareApp(FakeBundleInfo(), application);
+        EXPECT_TRUE(bystander == nullptr || bystander->presented.empty()) << i;
+        EXPECT_TRUE(application.openedURLs.empty()) << i;
     }
-    }
-
-    shareApp(bundle, application);
-
-    if (bystander != nullptr) {
-        EXPECT_TRUE(bystander->presented.empty());
-    }
-    EXPECT_TRUE(application.openedURLs.empty());
 }
-
-INSTANTIATE_TEST_SUITE_P(, ShareAppWithoutPresenter,
-    ::testing::Values(
-        Presenter::NoScene, Presenter::OtherKindFirst, Presenter::NoWindows, Presenter::NoRootController));
 
 TEST(ShareAppDeathTest, AStoreLinkThatDoesNotParseIsFatal)
 {
-    const FakeBundleInfo bundle;
     FakeApplicationServices application;
     application.addWindowSceneWithRoot();
+    EXPECT_DEATH(
+        shareApp(FakeBundleInfo(), application, QStringLiteral("https://apps example.com/app/id1")), "");
+}
 
-    EXPECT_DEATH(shareApp(bundle, application, QStringLiteral("https://apps example.com/app/id1")), "");
+TEST(LaunchCounter, AsksForAReviewOnEveryFifthAppearanceInTheWindowScene)
+{
+    FakePreferences preferences;
+    FakeApplicationServices application;
+    // The prompt needs only the scene, not a window in it (windows matter to the share sheet).
+    auto &scene = application.addScene<FakeWindowScene>();
+
+    const std::vector<std::size_t> expectedRequests { 0, 0, 0, 0, 1, 1, 1, 1, 1, 2, 2 };
+    for (int appearance = 1; appearance <= 11; ++appearance) {
+        incrementLaunchCount(preferences, application);
+        EXPECT_EQ(preferences.integerForKey(launchCount), appearance);
+        EXPECT_EQ(application.reviewRequests.size(), expectedRequests[appearance - 1]) << appearance;
+    }
+    for (WindowScene *requested : application.reviewRequests)
+        EXPECT_EQ(requested, &scene);
+
+    // From a stored count, too.
+    preferences.values.insert(launchCount, qlonglong(1'000'004));
+    incrementLaunchCount(preferences, application);
+    EXPECT_EQ(preferences.integerForKey(launchCount), 1'000'005);
+    EXPECT_EQ(application.reviewRequests.size(), 3u);
+}
+
+TEST(LaunchCounter, WithoutAWindowSceneFirstStillCountsButRequestsNothing)
+{
+    for (const bool otherKindFirst : { false, true }) {
+        FakePreferences preferences;
+        FakeApplicationServices application;
+        if (otherKindFirst) {
+            application.addScene<FakeOtherScene>();
+            application.addScene<FakeWindowScene>(); // never considered: only the first scene is
+        }
+        for (int appearance = 1; appearance <= 10; ++appearance)
+            incrementLaunchCount(preferences, application);
+
+        EXPECT_EQ(preferences.integerForKey(launchCount), 10) << otherKindFirst;
+        EXPECT_EQ(preferences.writes, 10) << otherKindFirst;
+        EXPECT_TRUE(application.reviewRequests.empty()) << otherKindFirst;
+    }
+}
+
+TEST(LaunchCounterDeathTest, OverflowOfTheCounterIsFatal)
+{
+    FakePreferences preferences;
+    preferences.values.insert(launchCount, std::numeric_limits<qlonglong>::max());
+    FakeApplicationServices application;
+    EXPECT_DEATH(incrementLaunchCount(preferences, application), "");
 }
 
 } // namespace

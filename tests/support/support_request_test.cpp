@@ -3,6 +3,7 @@
 #include "fakes/fake_bundle_info.h"
 #include "fakes/fake_device.h"
 #include "fakes/fake_locale_info.h"
+#include "support/open_link.h"
 #include "support/percent_encoding.h"
 #include "support/support_request.h"
 
@@ -12,11 +13,6 @@
 
 namespace brivanta {
 namespace {
-
-using testing::FakeApplicationServices;
-using testing::FakeBundleInfo;
-using testing::FakeDevice;
-using testing::FakeLocaleInfo;
 
 // A German user on an iPhone.
 struct GermanUser
@@ -32,55 +28,46 @@ struct GermanUser
         locale.regionNames.insert(QStringLiteral("419"), QStringLiteral("Latin America"));
     }
 
-    QByteArray body() const
+    // The one link "Contact Support" opens.
+    QByteArray link()
     {
-        return supportBody(readSupportRequestDetails(bundle, device, locale)).toUtf8();
+        testing::FakeApplicationServices application;
+        contactSupport(bundle, device, locale, application);
+        EXPECT_EQ(application.openedURLs.size(), 1u);
+        return application.openedURLs.empty() ? QByteArray() : application.openedURLs.front().toEncoded();
+    }
+    QByteArray body()
+    {
+        return QUrlQuery(QUrl::fromEncoded(link())).queryItemValue("body", QUrl::FullyDecoded).toUtf8();
     }
 
-    FakeBundleInfo bundle;
-    FakeDevice device;
-    FakeLocaleInfo locale;
+    testing::FakeBundleInfo bundle;
+    testing::FakeDevice device;
+    testing::FakeLocaleInfo locale;
 };
 
-struct SupportRequestTest : ::testing::Test, GermanUser
+TEST(ContactSupport, OpensOneMailToSupportWithTheFixedSubjectAndBody)
 {
-};
-
-constexpr const char *expectedBody
-    = "Hello Support Team, \xF0\x9F\x91\x8B\n\nI need assistance with Brivanta. Below are my app and device "
-      "details:\n\n\xF0\x9F\x93\xB1 App Info\n- App Name: Brivanta\n- Version: 1.0\n\n\xF0\x9F\x94\xA7 "
-      "Device "
-      "Info\n- Model: iPhone\n- OS Version: iOS 17.2\n\n\xF0\x9F\x8C\x8D Locale\n- Language: German "
-      "(Germany)\n- "
-      "Country: Germany \xF0\x9F\x87\xA9\xF0\x9F\x87\xAA\n\n\xF0\x9F\x93\x9D Issue Description:\n(Please "
-      "describe "
-      "your issue here...)\n\nThanks for your help! \xF0\x9F\x99\x8F";
-
-TEST_F(SupportRequestTest, SubjectAndBodyAreTheFixedTextsWithTheDetails)
-{
-    const SupportRequestDetails details = readSupportRequestDetails(bundle, device, locale);
-    EXPECT_EQ(supportSubject(details).toUtf8(), "\xF0\x9F\x9A\x80 Support Request - Brivanta");
-    EXPECT_EQ(supportBody(details).toUtf8(), expectedBody);
-}
-
-TEST_F(SupportRequestTest, OpensTheEncodedMailtoLinkOnce)
-{
-    FakeApplicationServices application;
-
-    contactSupport(bundle, device, locale, application);
-
-    ASSERT_EQ(application.openedURLs.size(), 1u);
-    const QByteArray link = application.openedURLs.front().toEncoded();
-    EXPECT_EQ(supportRequestLink(readSupportRequestDetails(bundle, device, locale)).toUtf8(), link);
+    GermanUser user;
+    const QByteArray link = user.link();
     EXPECT_TRUE(link.startsWith(QByteArray("mailto:") + build::supportMailbox
         + "?subject=%F0%9F%9A%80%20Support%20Request%20-%20Brivanta&body=Hello%20Support%20Team,%20%F0%9F%91%"
           "8B%0A"))
         << link.toStdString();
-    EXPECT_EQ(QUrlQuery(application.openedURLs.front()).queryItemValue("body", QUrl::FullyDecoded).toUtf8(),
-        expectedBody);
+    EXPECT_EQ(user.body(),
+        "Hello Support Team, \xF0\x9F\x91\x8B\n\nI need assistance with Brivanta. Below are my app and "
+        "device "
+        "details:\n\n\xF0\x9F\x93\xB1 App Info\n- App Name: Brivanta\n- Version: 1.0\n\n\xF0\x9F\x94\xA7 "
+        "Device Info\n- Model: iPhone\n- OS Version: iOS 17.2\n\n\xF0\x9F\x8C\x8D Locale\n- Language: German "
+        "(Germany)\n- Country: Germany \xF0\x9F\x87\xA9\xF0\x9F\x87\xAA\n\n\xF0\x9F\x93\x9D Issue "
+        "Description:\n(Please describe your issue here...)\n\nThanks for your help! \xF0\x9F\x99\x8F");
+
+    // Query delimiters in a value pass unescaped.
+    user.bundle.dictionary.insert(QStringLiteral("CFBundleName"), QStringLiteral("A&b=c?d/e+f"));
+    EXPECT_TRUE(user.link().contains("?subject=%F0%9F%9A%80%20Support%20Request%20-%20A&b=c?d/e+f&body="));
 }
 
-TEST(SupportRequestDetails, FallBacksReachTheBody)
+TEST(ContactSupport, FallBacksReachTheBody)
 {
     const struct
     {
@@ -94,8 +81,7 @@ TEST(SupportRequestDetails, FallBacksReachTheBody)
                 t.bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), 3);
             },
             "I need assistance with Unknown App. Below are my app and device details:\n\n\xF0\x9F\x93\xB1 "
-            "App "
-            "Info\n- App Name: Unknown App\n- Version: Unknown Version\n\n" },
+            "App Info\n- App Name: Unknown App\n- Version: Unknown Version\n\n" },
         { "no preferred language", [](auto &t) { t.locale.languages.clear(); },
             "\n- Language: Unknown\n- Country: Germany " },
         { "language without an English name",
@@ -113,24 +99,11 @@ TEST(SupportRequestDetails, FallBacksReachTheBody)
     }
 }
 
-TEST_F(SupportRequestTest, QueryDelimitersInValuesPassUnescaped)
-{
-    bundle.dictionary.insert(QStringLiteral("CFBundleName"), QStringLiteral("A&b=c?d/e+f"));
-    FakeApplicationServices application;
-
-    contactSupport(bundle, device, locale, application);
-
-    ASSERT_EQ(application.openedURLs.size(), 1u);
-    EXPECT_TRUE(application.openedURLs.front().toEncoded().contains(
-        "?subject=%F0%9F%9A%80%20Support%20Request%20-%20A&b=c?d/e+f&body="));
-}
-
 TEST(FlagForRegionCode, IsRegionalIndicatorsOrTheWhiteFlag)
 {
     const QByteArray whiteFlag = "\xF0\x9F\x8F\xB3\xEF\xB8\x8F";
     const std::pair<const char *, QByteArray> cases[]
-        = { { "de", "\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA" }, { "US", "\xF0\x9F\x87\xBA\xF0\x9F\x87\xB8" },
-              { "419", whiteFlag }, { "", whiteFlag }, { "Unknown", whiteFlag },
+        = { { "de", "\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA" }, { "", whiteFlag }, { "Unknown", whiteFlag },
               // Two characters that are not letters still shift; a shift past U+10FFFF is dropped.
               { "1\xF4\x8F\xBF\xBF", "\xF0\x9F\x87\x96" },
               // An accented letter written with a combining mark is one character.
@@ -141,18 +114,27 @@ TEST(FlagForRegionCode, IsRegionalIndicatorsOrTheWhiteFlag)
 
 TEST(PercentEncodedForURLQuery, KeepsExactlyTheQueryAllowedAsciiCharactersAndEncodesTheRestByteByByte)
 {
-    QString ascii;
+    QString text;
     for (char c = 0x20; c < 0x7F; ++c)
-        ascii.append(QLatin1Char(c));
-    EXPECT_EQ(percentEncodedForURLQuery(ascii),
+        text.append(QLatin1Char(c));
+    text += QStringLiteral("\t\x7F") + QChar(u'\0') + QString::fromUtf8("\xC3\xA9");
+    EXPECT_EQ(percentEncodedForURLQuery(text),
         QStringLiteral("%20!%22%23$%25&'()*+,-./0123456789:;%3C=%3E?@ABCDEFGHIJKLMNOPQRSTUVWXYZ%5B%5C%5D%5E_%"
-                       "60abcdefghijklmnopqrstuvwxyz%7B%7C%7D~"));
-    EXPECT_EQ(percentEncodedForURLQuery(QStringLiteral("a\nc\t\x7F") + QChar(u'\0')),
-        QStringLiteral("a%0Ac%09%7F%00"));
-    EXPECT_EQ(percentEncodedForURLQuery(QString::fromUtf8("\xF0\x9F\x9A\x80\xC3\xA9")),
-        QStringLiteral("%F0%9F%9A%80%C3%A9"));
+                       "60abcdefghijklmnopqrstuvwxyz%7B%7C%7D~%09%7F%00%C3%A9"));
     // Text that is not valid Unicode encodes to nothing.
     EXPECT_EQ(percentEncodedForURLQuery(QStringLiteral("a") + QChar(char16_t(0xD83D))), QString());
+}
+
+TEST(OpenLink, HandsAWellFormedLinkToTheSystemUnchangedAndIgnoresOtherText)
+{
+    testing::FakeApplicationServices application;
+    for (const char *text : { "", "https://exa mple.com", "https://example.com/%zz",
+             "mailto:a@b?subject=\"x\"", "mailto:help@example.com?subject=A&B=C%20%F0%9F%9A%80" })
+        openLink(application, QString::fromUtf8(text));
+
+    ASSERT_EQ(application.openedURLs.size(), 1u);
+    EXPECT_EQ(
+        application.openedURLs.front().toEncoded(), "mailto:help@example.com?subject=A&B=C%20%F0%9F%9A%80");
 }
 
 } // namespace

@@ -5,19 +5,13 @@
 #include "support/launch_counter.h"
 #include "support/share_and_rate.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
 
 namespace brivanta {
 namespace {
 
-using testing::FakeApplicationServices;
-using testing::FakeBundleInfo;
-using testing::FakeOtherScene;
-using testing::FakePreferences;
-using testing::FakeViewController;
-using testing::FakeWindowScene;
+using namespace testing;
 
 const QString launchCount = QStringLiteral("launchCount");
 
@@ -52,50 +46,39 @@ TEST(ShareApp, PresentsTextThenStoreLinkOnTheRootControllerAnimatedAsAPopoverWhe
         shareApp(bundle, application);
 
         ASSERT_EQ(root.presented.size(), 1u);
-        const auto &presentation = root.presented.front();
-        EXPECT_TRUE(presentation.animated);
-        const auto &items = presentation.sheet.activityItems;
-        ASSERT_EQ(items.size(), 2u);
-        EXPECT_EQ(std::get<QString>(items[0]), shareText(bundle));
-        EXPECT_EQ(std::get<QUrl>(items[1]).toString(),
+        const auto &[sheet, animated] = root.presented.front();
+        EXPECT_TRUE(animated);
+        ASSERT_EQ(sheet.activityItems.size(), 2u);
+        EXPECT_EQ(std::get<QString>(sheet.activityItems[0]), shareText(bundle));
+        EXPECT_EQ(std::get<QUrl>(sheet.activityItems[1]).toString(),
             QStringLiteral("https://%1/app/id%2").arg(build::storeHost, build::storeAppId));
-        const std::optional<PopoverAnchor> &popover = presentation.sheet.popover;
-        ASSERT_EQ(popover.has_value(), hasPopover);
-        if (popover) {
-            // Floating at the centre of the root view, with no arrow.
-            EXPECT_EQ(popover->sourceView, &root);
-            EXPECT_EQ(popover->sourceRect, QRectF(522, 370, 0, 0));
-            EXPECT_EQ(popover->permittedArrowDirections, 0u);
+        ASSERT_EQ(sheet.popover.has_value(), hasPopover);
+        if (hasPopover) { // floating at the centre of the root view, with no arrow
+            EXPECT_EQ(sheet.popover->sourceView, &root);
+            EXPECT_EQ(sheet.popover->sourceRect, QRectF(522, 370, 0, 0));
+            EXPECT_EQ(sheet.popover->permittedArrowDirections, 0u);
         }
     }
 }
 
 TEST(ShareApp, WithoutARootInTheFirstWindowOfTheFirstWindowSceneDoesNothingAndTriesNoOther)
 {
-    // Each returns a usable root that a fallback would wrongly pick: in a later scene or a later window.
-    const std::function<FakeViewController *(FakeApplicationServices &)> setups[] = {
-        [](FakeApplicationServices &) -> FakeViewController * { return nullptr; }, // no scene
-        [](FakeApplicationServices &a) {
-            a.addScene<FakeOtherScene>();
-            return &a.addWindowSceneWithRoot();
-        },
-        [](FakeApplicationServices &a) { // a window scene without windows
-            a.addScene<FakeWindowScene>();
-            return &a.addWindowSceneWithRoot();
-        },
-        [](FakeApplicationServices &a) {
-            auto &scene = a.addScene<FakeWindowScene>();
-            scene.addWindow().root.reset();
-            return scene.addWindow().root.get();
-        },
-    };
-    for (std::size_t i = 0; i < std::size(setups); ++i) {
-        FakeApplicationServices application;
-        const FakeViewController *bystander = setups[i](application);
+    // No scene; another kind of scene first; a window scene without windows; a first window without a root.
+    // Each but the first has a usable root that a fallback would wrongly pick.
+    FakeApplicationServices applications[4];
+    applications[1].addScene<FakeOtherScene>();
+    applications[2].addScene<FakeWindowScene>();
+    auto &noRoot = applications[3].addScene<FakeWindowScene>();
+    noRoot.addWindow().root.reset();
+    const FakeViewController *bystanders[] = { &applications[1].addWindowSceneWithRoot(),
+        &applications[2].addWindowSceneWithRoot(), noRoot.addWindow().root.get() };
+
+    for (FakeApplicationServices &application : applications) {
         shareApp(FakeBundleInfo(), application);
-        EXPECT_TRUE(bystander == nullptr || bystander->presented.empty()) << i;
-        EXPECT_TRUE(application.openedURLs.empty()) << i;
+        EXPECT_TRUE(application.openedURLs.empty());
     }
+    for (const FakeViewController *bystander : bystanders)
+        EXPECT_TRUE(bystander->presented.empty());
 }
 
 TEST(ShareAppDeathTest, AStoreLinkThatDoesNotParseIsFatal)
@@ -119,8 +102,7 @@ TEST(LaunchCounter, AsksForAReviewOnEveryFifthAppearanceInTheWindowScene)
         EXPECT_EQ(preferences.integerForKey(launchCount), appearance);
         EXPECT_EQ(application.reviewRequests.size(), expectedRequests[appearance - 1]) << appearance;
     }
-    for (WindowScene *requested : application.reviewRequests)
-        EXPECT_EQ(requested, &scene);
+    EXPECT_EQ(application.reviewRequests, (std::vector<WindowScene *> { &scene, &scene }));
 
     // From a stored count, too.
     preferences.values.insert(launchCount, qlonglong(1'000'004));

@@ -25,8 +25,8 @@ struct GermanUser
     GermanUser()
     {
         bundle.dictionary = { { "CFBundleName", "Brivanta" }, { "CFBundleShortVersionString", "1.0" } };
-        locale.languages = { QStringLiteral("de-DE"), QStringLiteral("en") };
-        locale.region = QStringLiteral("DE");
+        locale.languages = { "de-DE", "en" };
+        locale.region = "DE";
         locale.languageNames = { { "de-DE", "German (Germany)" } };
         locale.regionNames = { { "DE", "Germany" }, { "419", "Latin America" } };
     }
@@ -66,7 +66,7 @@ TEST(ContactSupport, OpensOneMailToSupportWithTheFixedSubjectAndBody)
         "help! \xF0\x9F\x99\x8F");
 
     // Query delimiters in a value pass unescaped.
-    user.bundle.dictionary.insert(QStringLiteral("CFBundleName"), QStringLiteral("A&b=c?d/e+f"));
+    user.bundle.dictionary.insert("CFBundleName", "A&b=c?d/e+f");
     EXPECT_TRUE(user.link().contains("?subject=%F0%9F%9A%80%20Support%20Request%20-%20A&b=c?d/e+f&body="));
 }
 
@@ -117,12 +117,12 @@ TEST(PercentEncodedForURLQuery, KeepsExactlyTheQueryAllowedAsciiCharactersAndEnc
     QString text;
     for (char c = 0x20; c < 0x7F; ++c)
         text.append(QLatin1Char(c));
-    text += QStringLiteral("\t\x7F") + QChar(u'\0') + QString::fromUtf8("\xC3\xA9");
+    text += QString("\t\x7F") + QChar(u'\0') + QString::fromUtf8("\xC3\xA9");
     EXPECT_EQ(percentEncodedForURLQuery(text),
         QStringLiteral("%20!%22%23$%25&'()*+,-./0123456789:;%3C=%3E?@ABCDEFGHIJKLMNOPQRSTUVWXYZ%5B%5C%5D%5E_%"
                        "60abcdefghijklmnopqrstuvwxyz%7B%7C%7D~%09%7F%00%C3%A9"));
     // Text that is not valid Unicode encodes to nothing.
-    EXPECT_EQ(percentEncodedForURLQuery(QStringLiteral("a") + QChar(char16_t(0xD83D))), QString());
+    EXPECT_EQ(percentEncodedForURLQuery(QString("a") + QChar(char16_t(0xD83D))), QString());
 }
 
 TEST(OpenLink, HandsAWellFormedLinkToTheSystemUnchangedAndIgnoresOtherText)
@@ -137,13 +137,13 @@ TEST(OpenLink, HandsAWellFormedLinkToTheSystemUnchangedAndIgnoresOtherText)
         application.openedURLs.front().toEncoded(), "mailto:help@example.com?subject=A&B=C%20%F0%9F%9A%80");
 }
 
-const QString launchCount = QStringLiteral("launchCount");
+const QString launchCount = "launchCount";
 
 FakeBundleInfo bundleWith(QVariant name, QVariant version)
 {
     FakeBundleInfo bundle;
-    bundle.dictionary.insert(QStringLiteral("CFBundleName"), name);
-    bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), version);
+    bundle.dictionary.insert("CFBundleName", name);
+    bundle.dictionary.insert("CFBundleShortVersionString", version);
     return bundle;
 }
 
@@ -153,14 +153,14 @@ TEST(ShareText, ComposesOpeningNameSpaceVersionAndBodyWithFallbacksForValuesThat
                             "\xE2\x9C\xA8 Enjoy the latest features, bug fixes, and sleek UI improvements!\n"
                             "\xF0\x9F\x93\xB2 New users, download now! \xF0\x9F\x94\x84 Existing users, "
                             "update for the best experience! \xF0\x9F\x94\xA5\n\n";
-    EXPECT_EQ(shareText(bundleWith(QStringLiteral("Brivanta"), QStringLiteral("2.1"))).toUtf8(),
-        "\xF0\x9F\x9A\x80 Check out Brivanta 2.1" + body);
+    EXPECT_EQ(
+        shareText(bundleWith("Brivanta", "2.1")).toUtf8(), "\xF0\x9F\x9A\x80 Check out Brivanta 2.1" + body);
     EXPECT_EQ(shareText(bundleWith(42, 2.1)).toUtf8(), "\xF0\x9F\x9A\x80 Check out this app " + body);
 }
 
 TEST(ShareApp, PresentsTextThenStoreLinkOnTheRootControllerAnimatedAsAPopoverWhereThereIsOne)
 {
-    const FakeBundleInfo bundle = bundleWith(QStringLiteral("Brivanta"), QStringLiteral("2.1"));
+    const FakeBundleInfo bundle = bundleWith("Brivanta", "2.1");
     for (const bool hasPopover : { false, true }) {
         FakeApplicationServices application;
         application.hasPopover = hasPopover;
@@ -175,7 +175,7 @@ TEST(ShareApp, PresentsTextThenStoreLinkOnTheRootControllerAnimatedAsAPopoverWhe
         ASSERT_EQ(sheet.activityItems.size(), 2u);
         EXPECT_EQ(std::get<QString>(sheet.activityItems[0]), shareText(bundle));
         EXPECT_EQ(std::get<QUrl>(sheet.activityItems[1]).toString(),
-            QStringLiteral("https://%1/app/id%2").arg(build::storeHost, build::storeAppId));
+            QString("https://%1/app/id%2").arg(build::storeHost, build::storeAppId));
         ASSERT_EQ(sheet.popover.has_value(), hasPopover);
         if (hasPopover) { // floating at the centre of the root view, with no arrow
             EXPECT_EQ(sheet.popover->sourceView, &root);
@@ -209,8 +209,7 @@ TEST(ShareAppDeathTest, AStoreLinkThatDoesNotParseIsFatal)
 {
     FakeApplicationServices application;
     application.addWindowSceneWithRoot();
-    EXPECT_DEATH(
-        shareApp(FakeBundleInfo(), application, QStringLiteral("https://apps example.com/app/id1")), "");
+    EXPECT_DEATH(shareApp(FakeBundleInfo(), application, "https://apps example.com/app/id1"), "");
 }
 
 TEST(LaunchCounter, CountsEveryAppearanceAndAsksForAReviewOnEveryFifthInTheFirstSceneIfAWindowScene)

@@ -7,24 +7,23 @@
 namespace brivanta {
 namespace {
 
-const QStringList domains { QStringLiteral("corp.example") };
-const QStringList addresses { QStringLiteral("10.0.0.1"), QStringLiteral("10.0.0.2") };
-const QUrl probe(QStringLiteral("https://probe.example/ok"));
+const QStringList domains { "corp.example" };
+const QStringList addresses { "10.0.0.1", "10.0.0.2" };
+const QUrl probe("https://probe.example/ok");
 
-OnDemandRule ruleWith(qint64 action, qint64 interfaceType, QStringList ssids = { QStringLiteral("Cafe") })
+OnDemandRule ruleWith(qint64 action, qint64 interfaceType, QStringList ssids = { "Cafe" })
 {
-    return OnDemandRule(QStringLiteral("ignored"), NEOnDemandRuleAction(action),
-        NEOnDemandRuleInterfaceType(interfaceType), ssids, domains, addresses, probe);
+    return OnDemandRule("ignored", NEOnDemandRuleAction(action), NEOnDemandRuleInterfaceType(interfaceType),
+        ssids, domains, addresses, probe);
 }
 
 TEST(DNSSettingsMapping, ServersPassInOrderAndAnAbsentNameAsNil)
 {
-    const QStringList servers { QStringLiteral("9.9.9.9"), QStringLiteral("1.1.1.1") };
+    const QStringList servers { "9.9.9.9", "1.1.1.1" };
     EXPECT_EQ(makeDNSSettings(Configuration::dnsOverTLS(DoTConfiguration(servers))),
         NEDNSSettings(NEDNSOverTLSSettings { servers, std::nullopt }));
-    EXPECT_EQ(makeDNSSettings(
-                  Configuration::dnsOverTLS(DoTConfiguration(servers, QStringLiteral("dns.quad9.net")))),
-        NEDNSSettings(NEDNSOverTLSSettings { servers, QStringLiteral("dns.quad9.net") }));
+    EXPECT_EQ(makeDNSSettings(Configuration::dnsOverTLS(DoTConfiguration(servers, "dns.quad9.net"))),
+        NEDNSSettings(NEDNSOverTLSSettings { servers, "dns.quad9.net" }));
     EXPECT_EQ(makeDNSSettings(Configuration::dnsOverHTTPS(DoHConfiguration(servers))),
         NEDNSSettings(NEDNSOverHTTPSSettings { servers, std::nullopt }));
 }
@@ -32,7 +31,7 @@ TEST(DNSSettingsMapping, ServersPassInOrderAndAnAbsentNameAsNil)
 TEST(OnDemandRuleMapping, TheKindFollowsTheActionAndOnlyAnyAndWiFiTakeTheSSIDListEvenWhenEmpty)
 {
     using Kind = NEOnDemandRule::Kind;
-    const QStringList cafe { QStringLiteral("Cafe") };
+    const QStringList cafe { "Cafe" };
     const struct
     {
         qint64 action;
@@ -51,7 +50,7 @@ TEST(OnDemandRuleMapping, TheKindFollowsTheActionAndOnlyAnyAndWiFiTakeTheSSIDLis
     }
     EXPECT_EQ(makeOnDemandRules({ ruleWith(4, 3), ruleWith(1, 2) }),
         (std::vector { makeOnDemandRule(ruleWith(4, 3)), makeOnDemandRule(ruleWith(1, 2)) }));
-    EXPECT_EQ(makeOnDemandRule(OnDemandRule(QStringLiteral("bare"), NEOnDemandRuleAction::disconnect)),
+    EXPECT_EQ(makeOnDemandRule(OnDemandRule("bare", NEOnDemandRuleAction::disconnect)),
         (NEOnDemandRule { Kind::Disconnect, 0, QStringList {}, {}, {}, std::nullopt }));
 }
 

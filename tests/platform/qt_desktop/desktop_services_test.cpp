@@ -21,33 +21,34 @@
 namespace brivanta {
 namespace {
 
-const QUrl storePage(QStringLiteral("https://apps.apple.com/app/id6742517203"));
-const QUrl review(QStringLiteral("https://apps.apple.com/app/id6742517203?action=write-review"));
+const QString storePage = "https://apps.apple.com/app/id6742517203";
+const QUrl review(storePage + "?action=write-review");
 
 TEST(DesktopShareSheet, CopyAndSendByEmailShareTheTextThenTheLinkAndClose)
 {
     testing::UrlRecorder recorder;
     DesktopShareSheet sheet;
-    const QString shared
-        = QStringLiteral("Ads & trackers? 🚀 Gone!\n\nhttps://apps.apple.com/app/id6742517203");
-    sheet.present({ { QStringLiteral("Ads & trackers? 🚀 Gone!\n\n"), storePage }, std::nullopt });
+    const auto present = [&](const QString &text) {
+        sheet.present({ { text, QUrl(storePage) }, std::nullopt });
+    };
+    const QString shared = "Ads & trackers? 🚀 Gone!\n\n" + storePage;
 
+    present("Ads & trackers? 🚀 Gone!\n\n");
     sheet.copyToClipboard();
     EXPECT_EQ(QGuiApplication::clipboard()->text(), shared);
     EXPECT_FALSE(sheet.isVisible());
 
-    sheet.present({ { QStringLiteral("Ads & trackers? 🚀 Gone!\n\n"), storePage }, std::nullopt });
+    present("Ads & trackers? 🚀 Gone!\n\n");
     sheet.sendByEmail();
     ASSERT_EQ(recorder.opened.size(), 1u);
-    EXPECT_EQ(recorder.opened.front().toString(QUrl::RemoveQuery), QStringLiteral("mailto:"));
-    EXPECT_EQ(QUrlQuery(recorder.opened.front()).queryItems(QUrl::FullyDecoded),
-        (QList<std::pair<QString, QString>> { { QStringLiteral("body"), shared } }));
+    EXPECT_EQ(recorder.opened[0].toString(QUrl::RemoveQuery), "mailto:");
+    EXPECT_EQ(QUrlQuery(recorder.opened[0]).queryItems(QUrl::FullyDecoded),
+        (QList<std::pair<QString, QString>> { { "body", shared } }));
     EXPECT_FALSE(sheet.isVisible());
 
     // Text that does not end in a line feed gets one before the link.
-    sheet.present({ { QStringLiteral("No trailing line feed"), storePage }, std::nullopt });
-    EXPECT_EQ(
-        sheet.sharedText(), QStringLiteral("No trailing line feed\nhttps://apps.apple.com/app/id6742517203"));
+    present("No trailing line feed");
+    EXPECT_EQ(sheet.sharedText(), "No trailing line feed\n" + storePage);
 }
 
 TEST(DesktopRatingPrompt, OpenReviewOpensTheReviewLinkAndCloses)
@@ -66,7 +67,7 @@ TEST(DesktopRatingPrompt, OpenReviewOpensTheReviewLinkAndCloses)
 // With a window the UI tests cover these paths; here, before the window and after it closes.
 TEST(DesktopApplicationServices, WithoutAWindowNothingIsPresented)
 {
-    DesktopDevice device { QStringLiteral("PC"), QStringLiteral("Debian GNU/Linux"), QStringLiteral("12") };
+    DesktopDevice device { "PC", "Debian GNU/Linux", "12" };
     DesktopShareSheet shareSheet;
     DesktopRatingPrompt ratingPrompt(review);
     DesktopApplicationServices application { device, shareSheet, ratingPrompt };
@@ -87,8 +88,8 @@ TEST(DesktopApplicationServices, WithoutAWindowNothingIsPresented)
 TEST(SettingsPreferences, TheLaunchCountSurvivesIntoANewStoreAndADamagedOneCountsAgainFromOne)
 {
     QTemporaryDir directory;
-    const QString file = directory.filePath(QStringLiteral("Brivanta.conf"));
-    const QString key = QStringLiteral("launchCount");
+    const QString file = directory.filePath("Brivanta.conf");
+    const QString key = "launchCount";
     testing::FakeApplicationServices application;
     {
         SettingsPreferences first(file);

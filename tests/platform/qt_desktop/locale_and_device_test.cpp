@@ -12,37 +12,36 @@ namespace {
 
 TEST(QtLocaleInfo, NamesAreEnglishWithScriptAndRegionInParenthesesAndTheCLocaleIsNeverPreferred)
 {
-    const std::pair<const char *, std::optional<QString>> languages[] = { { "de", QStringLiteral("German") },
-        { "de-DE", QStringLiteral("German (Germany)") }, { "pt_BR", QStringLiteral("Portuguese (Brazil)") },
-        { "es-419", QStringLiteral("Spanish (Latin America)") },
-        { "zh-Hans-CN", QStringLiteral("Chinese (Simplified Han, China)") }, { "", std::nullopt },
-        { "de-XX", std::nullopt }, { "de-Xxxx", std::nullopt }, { "de-Germany", std::nullopt } };
+    const std::pair<const char *, std::optional<QString>> languages[]
+        = { { "de", "German" }, { "de-DE", "German (Germany)" }, { "pt_BR", "Portuguese (Brazil)" },
+              { "es-419", "Spanish (Latin America)" }, { "zh-Hans-CN", "Chinese (Simplified Han, China)" },
+              { "", std::nullopt }, { "de-XX", std::nullopt }, { "de-Xxxx", std::nullopt },
+              { "de-Germany", std::nullopt } };
     for (const auto &[code, name] : languages)
         EXPECT_EQ(QtLocaleInfo().englishNameForLanguage(QString::fromUtf8(code)), name) << code;
 
-    const std::pair<const char *, std::optional<QString>> regions[] = { { "DE", QStringLiteral("Germany") },
-        { "419", QStringLiteral("Latin America") }, { "Unknown", std::nullopt } };
+    const std::pair<const char *, std::optional<QString>> regions[]
+        = { { "DE", "Germany" }, { "419", "Latin America" }, { "Unknown", std::nullopt } };
     for (const auto &[code, name] : regions)
         EXPECT_EQ(QtLocaleInfo().englishNameForRegion(QString::fromUtf8(code)), name) << code;
 
     const QStringList preferred = QtLocaleInfo().preferredLanguages();
-    EXPECT_FALSE(preferred.contains(QStringLiteral("C")) || preferred.contains(QStringLiteral("POSIX")));
+    EXPECT_FALSE(preferred.contains("C") || preferred.contains("POSIX"));
 }
 
 TEST(MachineInfo, TheModelIsTheTrimmedProductNameAndTheSystemTheDistributionsOrLinuxAndItsKernel)
 {
     QTemporaryDir directory;
-    const QString missing = directory.filePath(QStringLiteral("missing"));
+    const QString missing = directory.filePath("missing");
     const auto write = [&](const QByteArray &content) {
-        const QString path = directory.filePath(QStringLiteral("file"));
+        const QString path = directory.filePath("file");
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
         return path;
     };
-    EXPECT_EQ(linuxMachineModel(write("  ThinkPad X1 Carbon Gen 11\n")),
-        QStringLiteral("ThinkPad X1 Carbon Gen 11"));
-    EXPECT_EQ(linuxMachineModel(write(" \n")), QStringLiteral("Linux PC"));
-    EXPECT_EQ(linuxMachineModel(missing), QStringLiteral("Linux PC"));
+    EXPECT_EQ(linuxMachineModel(write("  ThinkPad X1 Carbon Gen 11\n")), "ThinkPad X1 Carbon Gen 11");
+    EXPECT_EQ(linuxMachineModel(write(" \n")), "Linux PC");
+    EXPECT_EQ(linuxMachineModel(missing), "Linux PC");
 
     const struct
     {
@@ -52,11 +51,11 @@ TEST(MachineInfo, TheModelIsTheTrimmedProductNameAndTheSystemTheDistributionsOrL
     } cases[]
         = { { "PRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\nNAME=\"Debian GNU/Linux\"\nVERSION_ID=\"12\"\n"
               "# NAME=commented out\n",
-                QStringLiteral("Debian GNU/Linux"), QStringLiteral("12") },
-              { "NAME=Fedora\nVERSION_ID=40\n", QStringLiteral("Fedora"), QStringLiteral("40") },
-              { "NAME='Say \\'hi\\''\nVERSION_ID=\"1\"\n", QStringLiteral("Say 'hi'"), QStringLiteral("1") },
-              { "ID=arch\n", QStringLiteral("Linux"), QSysInfo::kernelVersion() },
-              { nullptr, QStringLiteral("Linux"), QSysInfo::kernelVersion() } };
+                "Debian GNU/Linux", "12" },
+              { "NAME=Fedora\nVERSION_ID=40\n", "Fedora", "40" },
+              { "NAME='Say \\'hi\\''\nVERSION_ID=\"1\"\n", "Say 'hi'", "1" },
+              { "ID=arch\n", "Linux", QSysInfo::kernelVersion() },
+              { nullptr, "Linux", QSysInfo::kernelVersion() } };
     for (const auto &c : cases) {
         const OsRelease release = linuxOsRelease(c.content ? write(c.content) : missing);
         EXPECT_EQ(release.name, c.name) << (c.content ? c.content : "no file");

@@ -119,8 +119,8 @@ TEST(QtHttpClient, TransportFailuresGiveTheirErrorAndNoStatus)
     const quint16 port = closed.serverPort();
     closed.close();
     const std::pair<QUrl, qint64> cases[]
-        = { { QUrl(QStringLiteral("http://127.0.0.1:%1/").arg(port)), NSURLErrorCannotConnectToHost },
-              { QUrl(QStringLiteral("https://brivanta-probe.invalid")), NSURLErrorCannotFindHost } };
+        = { { QUrl(QString("http://127.0.0.1:%1/").arg(port)), NSURLErrorCannotConnectToHost },
+              { QUrl("https://brivanta-probe.invalid"), NSURLErrorCannotFindHost } };
     for (const auto &[url, code] : cases) {
         const Fetched fetched = fetch(client, url);
         ASSERT_TRUE(fetched.outcome) << url.toString().toStdString();
@@ -149,7 +149,7 @@ TEST(QtHttpClient, OnlyATrustedCertificateGetsThroughAndADowngradeIsFollowed)
     QtHttpClient trusting(QtHttpClient::Options { QList<QSslCertificate> { identity->certificate } });
     QtHttpClient untrusting;
     auto plain = serve(always(LoopbackHttpServer::status(200)));
-    const QByteArray target = plain->url(QStringLiteral("/plain")).toEncoded();
+    const QByteArray target = plain->url("/plain").toEncoded();
     auto secure
         = serve([target](const QByteArray &) { return LoopbackHttpServer::redirect(302, target); }, identity);
 

@@ -51,38 +51,36 @@ TEST(DesktopShareSheet, CopyAndSendByEmailShareTheTextThenTheLinkAndClose)
     EXPECT_EQ(sheet.sharedText(), "No trailing line feed\n" + storePage);
 }
 
-TEST(DesktopRatingPrompt, OpenReviewOpensTheReviewLinkAndCloses)
+TEST(DesktopApplicationServices, PresentsOnlyWhileAWindowIsOpenAndThePromptOpensTheReviewLink)
 {
     testing::UrlRecorder recorder;
-    DesktopRatingPrompt prompt(review);
-    prompt.show();
-    ASSERT_TRUE(prompt.isVisible());
-
-    prompt.openReview();
-
-    EXPECT_EQ(recorder.opened, std::vector { review });
-    EXPECT_FALSE(prompt.isVisible());
-}
-
-// With a window the UI tests cover these paths; here, before the window and after it closes.
-TEST(DesktopApplicationServices, WithoutAWindowNothingIsPresented)
-{
     DesktopDevice device { "PC", "Debian GNU/Linux", "12" };
     DesktopShareSheet shareSheet;
     DesktopRatingPrompt ratingPrompt(review);
     DesktopApplicationServices application { device, shareSheet, ratingPrompt };
     testing::FakePreferences preferences;
+    const auto appearFiveTimes = [&] {
+        for (int appearance = 1; appearance <= 5; ++appearance)
+            incrementLaunchCount(preferences, application);
+    };
 
+    // Before the window, and after it has closed.
     for (const bool closedWindow : { false, true }) {
         if (closedWindow)
             application.setWindow(std::make_unique<QWindow>().get());
         shareApp(testing::FakeBundleInfo(), application);
-        for (int appearance = 1; appearance <= 5; ++appearance)
-            incrementLaunchCount(preferences, application);
-
+        appearFiveTimes();
         EXPECT_FALSE(shareSheet.isVisible()) << closedWindow;
         EXPECT_FALSE(ratingPrompt.isVisible()) << closedWindow;
     }
+
+    QWindow window;
+    application.setWindow(&window);
+    appearFiveTimes();
+    ASSERT_TRUE(ratingPrompt.isVisible());
+    ratingPrompt.openReview();
+    EXPECT_EQ(recorder.opened, std::vector { review });
+    EXPECT_FALSE(ratingPrompt.isVisible());
 }
 
 TEST(SettingsPreferences, TheLaunchCountSurvivesIntoANewStoreAndADamagedOneCountsAgainFromOne)

@@ -139,28 +139,22 @@ TEST(OpenLink, HandsAWellFormedLinkToTheSystemUnchangedAndIgnoresOtherText)
 
 const QString launchCount = "launchCount";
 
-FakeBundleInfo bundleWith(QVariant name, QVariant version)
-{
-    FakeBundleInfo bundle;
-    bundle.dictionary.insert("CFBundleName", name);
-    bundle.dictionary.insert("CFBundleShortVersionString", version);
-    return bundle;
-}
-
 TEST(ShareText, ComposesOpeningNameSpaceVersionAndBodyWithFallbacksForValuesThatAreNotText)
 {
     const QByteArray body = "! \xF0\x9F\x8E\x89\n\n"
                             "\xE2\x9C\xA8 Enjoy the latest features, bug fixes, and sleek UI improvements!\n"
                             "\xF0\x9F\x93\xB2 New users, download now! \xF0\x9F\x94\x84 Existing users, "
                             "update for the best experience! \xF0\x9F\x94\xA5\n\n";
-    EXPECT_EQ(
-        shareText(bundleWith("Brivanta", "2.1")).toUtf8(), "\xF0\x9F\x9A\x80 Check out Brivanta 2.1" + body);
-    EXPECT_EQ(shareText(bundleWith(42, 2.1)).toUtf8(), "\xF0\x9F\x9A\x80 Check out this app " + body);
+    FakeBundleInfo bundle;
+    bundle.dictionary = { { "CFBundleName", "Brivanta" }, { "CFBundleShortVersionString", "2.1" } };
+    EXPECT_EQ(shareText(bundle).toUtf8(), "\xF0\x9F\x9A\x80 Check out Brivanta 2.1" + body);
+    bundle.dictionary = { { "CFBundleName", 42 }, { "CFBundleShortVersionString", 2.1 } };
+    EXPECT_EQ(shareText(bundle).toUtf8(), "\xF0\x9F\x9A\x80 Check out this app " + body);
 }
 
 TEST(ShareApp, PresentsTextThenStoreLinkOnTheRootControllerAnimatedAsAPopoverWhereThereIsOne)
 {
-    const FakeBundleInfo bundle = bundleWith("Brivanta", "2.1");
+    const FakeBundleInfo bundle;
     for (const bool hasPopover : { false, true }) {
         FakeApplicationServices application;
         application.hasPopover = hasPopover;

@@ -1,5 +1,6 @@
 #include "platform/linux/machine_info.h"
 #include "platform/qt/qt_locale_info.h"
+#include "platform/qt/scene_graph_backend.h"
 
 #include <QFile>
 #include <QSysInfo>
@@ -9,52 +10,39 @@
 namespace brivanta {
 namespace {
 
-TEST(QtLocaleInfo, LanguageAndRegionNamesAreEnglishWithScriptAndRegionInParentheses)
+TEST(QtLocaleInfo, NamesAreEnglishWithScriptAndRegionInParenthesesAndTheCLocaleIsNeverPreferred)
 {
-    const std::pair<const char *, std::optional<QString>> languages[] = { { "de", QStringLiteral("German") },
-        { "de-DE", QStringLiteral("German (Germany)") }, { "pt_BR", QStringLiteral("Portuguese (Brazil)") },
-        { "es-419", QStringLiteral("Spanish (Latin America)") }, { "", std::nullopt },
-        { "de-XX", std::nullopt } };
+    const std::pair<const char *, std::optional<QString>> languages[]
+        = { { "de", "German" }, { "de-DE", "German (Germany)" }, { "pt_BR", "Portuguese (Brazil)" },
+              { "es-419", "Spanish (Latin America)" }, { "zh-Hans-CN", "Chinese (Simplified Han, China)" },
+              { "", std::nullopt }, { "de-XX", std::nullopt }, { "de-Xxxx", std::nullopt },
+              { "de-Germany", std::nullopt } };
     for (const auto &[code, name] : languages)
         EXPECT_EQ(QtLocaleInfo().englishNameForLanguage(QString::fromUtf8(code)), name) << code;
 
-    const std::pair<const char *, std::optional<QString>> regions[] = { { "DE", QStringLiteral("Germany") },
-        { "419", QStringLiteral("Latin America") }, { "Unknown", std::nullopt } };
+    const std::pair<const char *, std::optional<QString>> regions[]
+        = { { "DE", "Germany" }, { "419", "Latin America" }, { "Unknown", std::nullopt } };
     for (const auto &[code, name] : regions)
         EXPECT_EQ(QtLocaleInfo().englishNameForRegion(QString::fromUtf8(code)), name) << code;
+
+    const QStringList preferred = QtLocaleInfo().preferredLanguages();
+    EXPECT_FALSE(preferred.contains("C") || preferred.contains("POSIX"));
 }
 
-TEST(QtLocaleInfo, PreferredLanguagesNeverNameTheCLocale)
-{
-    const QStringList languages = QtLocaleInfo().preferredLanguages();
-    EXPECT_FALSE(languages.contains(QStringLiteral("C")));
-    EXPECT_FALSE(languages.contains(QStringLiteral("POSIX")));
-}
-
-struct MachineInfoTest : ::testing::Test
+TEST(MachineInfo, TheModelIsTheTrimmedProductNameAndTheSystemTheDistributionsOrLinuxAndItsKernel)
 {
     QTemporaryDir directory;
-
-    QString write(const char *name, const QByteArray &content)
-    {
-        const QString path = directory.filePath(QString::fromUtf8(name));
+    const QString missing = directory.filePath("missing");
+    const auto write = [&](const QByteArray &content) {
+        const QString path = directory.filePath("file");
         QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
         return path;
-    }
-};
+    };
+    EXPECT_EQ(linuxMachineModel(write("  ThinkPad X1 Carbon Gen 11\n")), "ThinkPad X1 Carbon Gen 11");
+    EXPECT_EQ(linuxMachineModel(write(" \n")), "Linux PC");
+    EXPECT_EQ(linuxMachineModel(missing), "Linux PC");
 
-TEST_F(MachineInfoTest, TheModelIsTheTrimmedProductNameOrLinuxPC)
-{
-    EXPECT_EQ(linuxMachineModel(write("product_name", "  ThinkPad X1 Carbon Gen 11\n")),
-        QStringLiteral("ThinkPad X1 Carbon Gen 11"));
-    EXPECT_EQ(linuxMachineModel(write("blank", " \n")), QStringLiteral("Linux PC"));
-    EXPECT_EQ(linuxMachineModel(directory.filePath(QStringLiteral("missing"))), QStringLiteral("Linux PC"));
-}
-
-TEST_F(MachineInfoTest, TheSystemIsTheDistributionsNameAndVersionOrLinuxAndItsKernel)
-{
     const struct
     {
         const char *content; // nullptr: no file
@@ -63,16 +51,29 @@ TEST_F(MachineInfoTest, TheSystemIsTheDistributionsNameAndVersionOrLinuxAndItsKe
     } cases[]
         = { { "PRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\nNAME=\"Debian GNU/Linux\"\nVERSION_ID=\"12\"\n"
               "# NAME=commented out\n",
-                QStringLiteral("Debian GNU/Linux"), QStringLiteral("12") },
-              { "NAME=Fedora\nVERSION_ID=40\n", QStringLiteral("Fedora"), QStringLiteral("40") },
-              { "NAME='Say \\'hi\\''\nVERSION_ID=\"1\"\n", QStringLiteral("Say 'hi'"), QStringLiteral("1") },
-              { "ID=arch\n", QStringLiteral("Linux"), QSysInfo::kernelVersion() },
-              { nullptr, QStringLiteral("Linux"), QSysInfo::kernelVersion() } };
+                "Debian GNU/Linux", "12" },
+              { "NAME=Fedora\nVERSION_ID=40\n", "Fedora", "40" },
+              { "NAME='Say \\'hi\\''\nVERSION_ID=\"1\"\n", "Say 'hi'", "1" },
+              { "ID=arch\n", "Linux", QSysInfo::kernelVersion() },
+              { nullptr, "Linux", QSysInfo::kernelVersion() } };
     for (const auto &c : cases) {
-        const OsRelease release = linuxOsRelease(
-            c.content ? write("os-release", c.content) : directory.filePath(QStringLiteral("missing")));
+        const OsRelease release = linuxOsRelease(c.content ? write(c.content) : missing);
         EXPECT_EQ(release.name, c.name) << (c.content ? c.content : "no file");
         EXPECT_EQ(release.version, c.version) << (c.content ? c.content : "no file");
+    }
+}
+
+TEST(SceneGraphBackend, SoftwareForACpuRasterizerOrNoOpenGLAndNeverOverTheUsersChoice)
+{
+    const std::pair<const char *, bool> renderers[] = { { "llvmpipe (LLVM 15.0.6, 256 bits)", true },
+        { "softpipe", true }, { "Software Rasterizer", true }, { "Mesa X11 swrast", true },
+        { "SWR (LLVM 11.0.1, 256 bits)", true }, { "D3D12 (Microsoft Basic Render Driver)", true },
+        { "", true }, { "Mesa Intel(R) UHD Graphics 620 (KBL GT2)", false },
+        { "AMD Radeon RX 6600 (navi23, LLVM 15.0.6, DRM 3.49, 6.1.0-13-amd64)", false },
+        { "virgl (Virtio-GPU)", false }, { "SVGA3D; build: RELEASE; LLVM;", false } };
+    for (const auto &[renderer, software] : renderers) {
+        EXPECT_EQ(prefersSoftwareSceneGraph(false, renderer), software) << renderer;
+        EXPECT_FALSE(prefersSoftwareSceneGraph(true, renderer)) << renderer;
     }
 }
 

@@ -2,28 +2,26 @@
 
 #include <QDesktopServices>
 #include <QObject>
-#include <QStringList>
 #include <QUrl>
 #include <vector>
 
 namespace brivanta::testing {
 
-// Catches what QDesktopServices::openUrl would hand to the desktop, for the given schemes, while alive.
+// Catches the https: and mailto: links QDesktopServices::openUrl would hand to the desktop, while alive.
 class UrlRecorder final : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit UrlRecorder(QStringList schemes = { QStringLiteral("https"), QStringLiteral("mailto") })
-        : m_schemes(std::move(schemes))
+    UrlRecorder()
     {
-        for (const QString &scheme : m_schemes)
-            QDesktopServices::setUrlHandler(scheme, this, "open");
+        for (const char *scheme : schemes)
+            QDesktopServices::setUrlHandler(QString::fromLatin1(scheme), this, "open");
     }
     ~UrlRecorder() override
     {
-        for (const QString &scheme : m_schemes)
-            QDesktopServices::unsetUrlHandler(scheme);
+        for (const char *scheme : schemes)
+            QDesktopServices::unsetUrlHandler(QString::fromLatin1(scheme));
     }
 
     std::vector<QUrl> opened;
@@ -32,7 +30,7 @@ public slots:
     void open(const QUrl &url) { opened.push_back(url); }
 
 private:
-    QStringList m_schemes;
+    static constexpr const char *schemes[] = { "https", "mailto" };
 };
 
 } // namespace brivanta::testing

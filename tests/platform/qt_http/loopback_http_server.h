@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QByteArray>
 #include <QObject>
 #include <QSslCertificate>
 #include <QSslKey>
@@ -24,7 +23,7 @@ public:
     struct Answer
     {
         enum class Kind {
-            Respond, // writes `bytes` after `delay`
+            Respond, // writes `bytes` after `delay`; closes if they say "Connection: close"
             EndlessBody, // writes `bytes` (the head) after `delay`, then a body that never ends
             Trickle, // writes `bytes` one byte every `interval`
             Silent, // accepts the request and never answers
@@ -44,27 +43,26 @@ public:
     };
 
     explicit LoopbackHttpServer(Handler handler, std::optional<TlsIdentity> tls = std::nullopt);
-    ~LoopbackHttpServer() override;
 
     // Call on the server's thread.
     bool listen();
-    quint16 port() const { return m_port.load(); }
     QUrl url(const QString &path = QStringLiteral("/")) const;
 
     int requestsSeen() const { return m_requests.load(); }
     int openConnections() const { return m_openConnections.load(); }
 
-    // Answers with an empty body; `extraHeaders` are whole header lines, each ending in CRLF.
+    // Empty bodies.
     static Answer status(int code, const QByteArray &extraHeaders = {});
-    static Answer redirect(int code, const QByteArray &location);
+    static Answer redirect(int code, const QByteArray &location)
+    {
+        return status(code, "Location: " + location + "\r\n");
+    }
 
     // A key and self-signed certificate for 127.0.0.1 and localhost, made with the openssl tool.
     static std::optional<TlsIdentity> generateSelfSignedIdentity();
 
 private:
     void accept(QTcpSocket *socket);
-    void serve(QTcpSocket *socket, QByteArray &buffer);
-    void streamBody(QTcpSocket *socket);
 
     Handler m_handler;
     std::optional<TlsIdentity> m_tls;

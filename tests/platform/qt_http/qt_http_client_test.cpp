@@ -18,7 +18,6 @@ extern "C" const char *__lsan_default_suppressions()
 }
 
 namespace brivanta {
-
 namespace {
 
 using namespace std::chrono_literals;
@@ -29,6 +28,8 @@ struct Fetched
 {
     std::optional<HttpOutcome> outcome;
     QThread *thread = nullptr;
+
+    qint64 error() const { return outcome && outcome->error ? outcome->error->code : 0; }
 };
 
 // Starts one request and spins the event loop until its completion has been handed back here.
@@ -37,20 +38,15 @@ Fetched fetch(HttpClient &client, const QUrl &url, std::chrono::milliseconds tim
     auto fetched = std::make_shared<Fetched>();
     client.dataTask(HttpRequest { url, HttpRequest::CachePolicy::UseProtocolCachePolicy, timeout },
         [fetched](HttpOutcome outcome) {
-            QThread *thread = QThread::currentThread();
-            QMetaObject::invokeMethod(
-                QCoreApplication::instance(),
-                [fetched, thread, outcome] {
-                    fetched->thread = thread;
-                    fetched->outcome = outcome;
-                },
-                Qt::QueuedConnection);
+            QMetaObject::invokeMethod(qApp, [fetched, outcome, thread = QThread::currentThread()] {
+                *fetched = { outcome, thread };
+            });
         });
     (void)QTest::qWaitFor([&] { return fetched->outcome.has_value(); }, 10'000);
     return *fetched;
 }
 
-std::unique_ptr<LoopbackHttpServer> startServer(
+std::unique_ptr<LoopbackHttpServer> serve(
     LoopbackHttpServer::Handler handler, std::optional<LoopbackHttpServer::TlsIdentity> tls = std::nullopt)
 {
     auto server = std::make_unique<LoopbackHttpServer>(std::move(handler), std::move(tls));
@@ -58,94 +54,84 @@ std::unique_ptr<LoopbackHttpServer> startServer(
     return server;
 }
 
-std::unique_ptr<LoopbackHttpServer> answering(Answer answer)
+LoopbackHttpServer::Handler always(Answer answer)
 {
-    return startServer([answer](const QByteArray &) { return answer; });
+    return [answer](const QByteArray &) { return answer; };
 }
 
-qint64 errorCode(const Fetched &fetched)
+bool allConnectionsClose(const LoopbackHttpServer &server)
 {
-    return fetched.outcome && fetched.outcome->error ? fetched.outcome->error->code : 0;
+    return QTest::qWaitFor([&] { return server.openConnections() == 0; }, 3000);
 }
 
-const QByteArray slowHead = "HTTP/1.1 200 OK\r\nX-Padding: " + QByteArray(200, 'p') + "\r\n\r\n";
-
-class QtHttpClientTest : public ::testing::Test
+TEST(QtHttpClient, EachRequestEndsOnceOffTheCallersThreadWithTheFinalStatusOrAnError)
 {
-protected:
-    QtHttpClient client;
-};
-
-TEST_F(QtHttpClientTest, TheFinalStatusPassesThroughOnTheClientsOwnThreadAfterRedirects)
-{
+    const auto redirectTo = [](int first, int final) {
+        return [=](const QByteArray &target) {
+            return target == "/final" ? LoopbackHttpServer::status(final)
+                                      : LoopbackHttpServer::redirect(first, "/final");
+        };
+    };
+    const QByteArray head = "HTTP/1.1 200 OK\r\nX-Padding: " + QByteArray(200, 'p') + "\r\n\r\n";
     const struct
     {
-        int first; // 3xx: a redirect to /final
-        int final;
-    } cases[] = { { 200, 200 }, { 204, 204 }, { 404, 404 }, { 500, 500 }, { 301, 200 }, { 307, 200 },
-        { 302, 404 } };
+        const char *what;
+        LoopbackHttpServer::Handler handler;
+        std::chrono::milliseconds timeout;
+        qint64 error;
+        std::optional<int> status;
+        int requests;
+        bool neverFinishes; // the connection must still be dropped
+    } cases[] = {
+        { "200", always(LoopbackHttpServer::status(200)), 2s, 0, 200, 1, false },
+        { "500", always(LoopbackHttpServer::status(500)), 2s, 0, 500, 1, false },
+        { "301 to 200", redirectTo(301, 200), 2s, 0, 200, 2, false },
+        { "307 to 200", redirectTo(307, 200), 2s, 0, 200, 2, false },
+        { "302 to 404", redirectTo(302, 404), 2s, 0, 404, 2, false },
+        // The first request and sixteen redirects.
+        { "redirect loop", always(LoopbackHttpServer::redirect(302, "/again")), 2s,
+            NSURLErrorHTTPTooManyRedirects, 302, 17, false },
+        // Decided at the headers.
+        { "endless body", always({ Answer::Kind::EndlessBody, head }), 3s, 0, 200, 1, true },
+        // A byte every 20 ms never leaves the connection idle, but the head takes over 4 s to arrive.
+        { "trickled head", always({ Answer::Kind::Trickle, head, 0ms, 20ms }), 500ms, NSURLErrorTimedOut,
+            std::nullopt, 1, true },
+        { "silence", always({ Answer::Kind::Silent, {} }), 300ms, NSURLErrorTimedOut, std::nullopt, 1, true },
+    };
+    QtHttpClient client;
     for (const auto &c : cases) {
-        const bool redirects = c.first / 100 == 3;
-        auto server = startServer([c, redirects](const QByteArray &target) {
-            return redirects && target != "/final" ? LoopbackHttpServer::redirect(c.first, "/final")
-                                                   : LoopbackHttpServer::status(c.final);
-        });
-        const Fetched fetched = fetch(client, server->url());
-        ASSERT_TRUE(fetched.outcome) << c.first;
-        EXPECT_EQ(*fetched.outcome, (HttpOutcome { std::nullopt, c.final })) << c.first;
-        EXPECT_NE(fetched.thread, QThread::currentThread());
-        EXPECT_EQ(server->requestsSeen(), redirects ? 2 : 1) << c.first;
+        auto server = serve(c.handler);
+        const Fetched fetched = fetch(client, server->url(), c.timeout);
+        ASSERT_TRUE(fetched.outcome) << c.what;
+        EXPECT_EQ(fetched.error(), c.error) << c.what;
+        EXPECT_EQ(fetched.outcome->statusCode, c.status) << c.what;
+        EXPECT_NE(fetched.thread, QThread::currentThread()) << c.what;
+        EXPECT_EQ(server->requestsSeen(), c.requests) << c.what;
+        EXPECT_TRUE(!c.neverFinishes || allConnectionsClose(*server)) << c.what;
     }
 }
 
-TEST_F(QtHttpClientTest, ARedirectLoopEndsWithTooManyRedirects)
+TEST(QtHttpClient, TransportFailuresGiveTheirErrorAndNoStatus)
 {
-    auto server = startServer([](const QByteArray &) { return LoopbackHttpServer::redirect(302, "/again"); });
-    const Fetched fetched = fetch(client, server->url());
-    EXPECT_EQ(errorCode(fetched), NSURLErrorHTTPTooManyRedirects);
-    // The first request and sixteen redirects.
-    EXPECT_EQ(server->requestsSeen(), 17);
-}
-
-TEST_F(QtHttpClientTest, TransportFailuresGiveTheirErrorAndNoStatus)
-{
+    QtHttpClient client;
     QTcpServer closed;
     ASSERT_TRUE(closed.listen(QHostAddress::LocalHost));
     const quint16 port = closed.serverPort();
     closed.close();
     const std::pair<QUrl, qint64> cases[]
-        = { { QUrl(QStringLiteral("http://127.0.0.1:%1/").arg(port)), NSURLErrorCannotConnectToHost },
-              { QUrl(QStringLiteral("https://brivanta-probe.invalid")), NSURLErrorCannotFindHost } };
+        = { { QUrl(QString("http://127.0.0.1:%1/").arg(port)), NSURLErrorCannotConnectToHost },
+              { QUrl("https://brivanta-probe.invalid"), NSURLErrorCannotFindHost } };
     for (const auto &[url, code] : cases) {
         const Fetched fetched = fetch(client, url);
         ASSERT_TRUE(fetched.outcome) << url.toString().toStdString();
-        EXPECT_EQ(errorCode(fetched), code);
+        EXPECT_EQ(fetched.error(), code);
         EXPECT_EQ(fetched.outcome->statusCode, std::nullopt);
     }
 }
 
-TEST_F(QtHttpClientTest, AnEndlessBodyIsDecidedAtTheHeadersAndTheConnectionDropped)
+TEST(QtHttpClient, DestroyingTheClientDropsOpenRequests)
 {
-    auto server
-        = answering({ Answer::Kind::EndlessBody, "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\n\r\n" });
-    const Fetched fetched = fetch(client, server->url(), 3s);
-    ASSERT_TRUE(fetched.outcome);
-    EXPECT_EQ(*fetched.outcome, (HttpOutcome { std::nullopt, 200 }));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return server->openConnections() == 0; }, 3000));
-}
-
-TEST_F(QtHttpClientTest, HeadersTrickledFasterThanTheTimeoutAreStillCutOffAtIt)
-{
-    // A byte every 20 ms never leaves the connection idle, but the head takes over 4 s to arrive.
-    auto server = answering({ Answer::Kind::Trickle, slowHead, 0ms, 20ms });
-    const Fetched fetched = fetch(client, server->url(), 500ms);
-    EXPECT_EQ(errorCode(fetched), NSURLErrorTimedOut);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return server->openConnections() == 0; }, 3000));
-}
-
-TEST_F(QtHttpClientTest, DestroyingTheClientDropsOpenRequests)
-{
-    auto server = answering({ Answer::Kind::Silent, {} });
+    auto server = serve(always({ Answer::Kind::Silent, {} }));
     bool called = false;
     {
         QtHttpClient shortLived;
@@ -153,58 +139,44 @@ TEST_F(QtHttpClientTest, DestroyingTheClientDropsOpenRequests)
         ASSERT_TRUE(QTest::qWaitFor([&] { return server->requestsSeen() == 1; }, 3000));
     }
     EXPECT_FALSE(called);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return server->openConnections() == 0; }, 3000));
+    EXPECT_TRUE(allConnectionsClose(*server));
 }
 
-class QtHttpClientTlsTest : public ::testing::Test
+TEST(QtHttpClient, OnlyATrustedCertificateGetsThroughAndADowngradeIsFollowed)
 {
-protected:
-    static void SetUpTestSuite() { identity = LoopbackHttpServer::generateSelfSignedIdentity(); }
-
-    void SetUp() override { ASSERT_TRUE(identity) << "openssl could not make a test certificate"; }
-
-    static inline std::optional<LoopbackHttpServer::TlsIdentity> identity;
-};
-
-TEST_F(QtHttpClientTlsTest, OnlyATrustedCertificateGetsThroughAndADowngradeIsFollowed)
-{
+    const auto identity = LoopbackHttpServer::generateSelfSignedIdentity();
+    ASSERT_TRUE(identity) << "openssl could not make a test certificate";
     QtHttpClient trusting(QtHttpClient::Options { QList<QSslCertificate> { identity->certificate } });
     QtHttpClient untrusting;
-    auto plain = answering(LoopbackHttpServer::status(200));
-    const QByteArray target = plain->url(QStringLiteral("/plain")).toEncoded();
-    auto secure = startServer(
-        [target](const QByteArray &) { return LoopbackHttpServer::redirect(302, target); }, identity);
+    auto plain = serve(always(LoopbackHttpServer::status(200)));
+    const QByteArray target = plain->url("/plain").toEncoded();
+    auto secure
+        = serve([target](const QByteArray &) { return LoopbackHttpServer::redirect(302, target); }, identity);
 
     const Fetched refused = fetch(untrusting, secure->url());
     ASSERT_TRUE(refused.outcome);
-    EXPECT_EQ(errorCode(refused), NSURLErrorSecureConnectionFailed);
+    EXPECT_EQ(refused.error(), NSURLErrorSecureConnectionFailed);
     EXPECT_EQ(refused.outcome->statusCode, std::nullopt);
     EXPECT_EQ(plain->requestsSeen(), 0);
 
-    const Fetched fetched = fetch(trusting, secure->url());
-    ASSERT_TRUE(fetched.outcome);
-    EXPECT_EQ(*fetched.outcome, (HttpOutcome { std::nullopt, 200 }));
+    EXPECT_EQ(fetch(trusting, secure->url()).outcome, (HttpOutcome { std::nullopt, 200 }));
     EXPECT_EQ(plain->requestsSeen(), 1);
 }
 
 TEST(AdBlockTesterOverTheNetwork, ScoresLoopbackHostsThroughTheRealClientAndMainQueue)
 {
     QtHttpClient client;
-    QtMainQueue mainQueue(QCoreApplication::instance());
-    auto ok = answering(LoopbackHttpServer::status(200));
-    auto missing = answering(LoopbackHttpServer::status(404));
-    const QStringList domains { ok->url().toString(), missing->url().toString(),
-        QStringLiteral("https://brivanta-probe.invalid"), QStringLiteral("not a url") };
-    auto tester = AdBlockTester::withTestDomainsForTesting(client, mainQueue, domains);
+    QtMainQueue mainQueue(qApp);
+    auto ok = serve(always(LoopbackHttpServer::status(200)));
+    auto missing = serve(always(LoopbackHttpServer::status(404)));
+    const QString reached = ok->url().toString(), blocked = missing->url().toString();
+    auto tester = AdBlockTester::withTestDomainsForTesting(client, mainQueue, { reached, blocked });
     QSignalSpy scoreChanged(tester.get(), &AdBlockTester::overallScoreChanged);
 
     tester->runTest();
-    ASSERT_TRUE(scoreChanged.wait(10'000));
 
-    const std::map<QString, bool> expected { { domains[0], false }, { domains[1], true },
-        { domains[2], true } };
-    EXPECT_EQ(tester->results(), expected);
-    // The entry that does not parse stays in the total: 2 of 4.
+    ASSERT_TRUE(scoreChanged.wait(10'000));
+    EXPECT_EQ(tester->results(), (std::map<QString, bool> { { reached, false }, { blocked, true } }));
     EXPECT_EQ(tester->overallScore(), 50);
 }
 

@@ -1,0 +1,113 @@
+#include "fakes/fake_application_services.h"
+#include "fakes/fake_bundle_info.h"
+#include "fakes/fake_preferences.h"
+#include "platform/qt/desktop_application_services.h"
+#include "platform/qt/desktop_device.h"
+#include "platform/qt/desktop_rating_prompt.h"
+#include "platform/qt/desktop_share_sheet.h"
+#include "platform/qt/settings_preferences.h"
+#include "support/launch_counter.h"
+#include "support/share_and_rate.h"
+#include "url_recorder.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QUrlQuery>
+#include <QWindow>
+#include <gtest/gtest.h>
+
+namespace brivanta {
+namespace {
+
+const QString storePage = "https://apps.apple.com/app/id6742517203";
+const QUrl review(storePage + "?action=write-review");
+
+TEST(DesktopShareSheet, CopyAndSendByEmailShareTheTextThenTheLinkAndClose)
+{
+    testing::UrlRecorder recorder;
+    DesktopShareSheet sheet;
+    const auto present = [&](const QString &text) {
+        sheet.present({ { text, QUrl(storePage) }, std::nullopt });
+    };
+    const QString shared = "Ads & trackers? 🚀 Gone!\n\n" + storePage;
+
+    present("Ads & trackers? 🚀 Gone!\n\n");
+    sheet.copyToClipboard();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), shared);
+    EXPECT_FALSE(sheet.isVisible());
+
+    present("Ads & trackers? 🚀 Gone!\n\n");
+    sheet.sendByEmail();
+    ASSERT_EQ(recorder.opened.size(), 1u);
+    EXPECT_EQ(recorder.opened[0].toString(QUrl::RemoveQuery), "mailto:");
+    EXPECT_EQ(QUrlQuery(recorder.opened[0]).queryItems(QUrl::FullyDecoded),
+        (QList<std::pair<QString, QString>> { { "body", shared } }));
+    EXPECT_FALSE(sheet.isVisible());
+
+    // Text that does not end in a line feed gets one before the link.
+    present("No trailing line feed");
+    EXPECT_EQ(sheet.sharedText(), "No trailing line feed\n" + storePage);
+}
+
+TEST(DesktopApplicationServices, PresentsOnlyWhileAWindowIsOpenAndThePromptOpensTheReviewLink)
+{
+    testing::UrlRecorder recorder;
+    DesktopDevice device { "PC", "Debian GNU/Linux", "12" };
+    DesktopShareSheet shareSheet;
+    DesktopRatingPrompt ratingPrompt(review);
+    DesktopApplicationServices application { device, shareSheet, ratingPrompt };
+    testing::FakePreferences preferences;
+    const auto appearFiveTimes = [&] {
+        for (int appearance = 1; appearance <= 5; ++appearance)
+            incrementLaunchCount(preferences, application);
+    };
+
+    // Before the window, and after it has closed.
+    for (const bool closedWindow : { false, true }) {
+        if (closedWindow)
+            application.setWindow(std::make_unique<QWindow>().get());
+        shareApp(testing::FakeBundleInfo(), application);
+        appearFiveTimes();
+        EXPECT_FALSE(shareSheet.isVisible()) << closedWindow;
+        EXPECT_FALSE(ratingPrompt.isVisible()) << closedWindow;
+    }
+
+    QWindow window;
+    application.setWindow(&window);
+    appearFiveTimes();
+    ASSERT_TRUE(ratingPrompt.isVisible());
+    ratingPrompt.openReview();
+    EXPECT_EQ(recorder.opened, std::vector { review });
+    EXPECT_FALSE(ratingPrompt.isVisible());
+}
+
+TEST(SettingsPreferences, TheLaunchCountSurvivesIntoANewStoreAndADamagedOneCountsAgainFromOne)
+{
+    QTemporaryDir directory;
+    const QString file = directory.filePath("Brivanta.conf");
+    const QString key = "launchCount";
+    testing::FakeApplicationServices application;
+    {
+        SettingsPreferences first(file);
+        for (int appearance = 1; appearance <= 3; ++appearance)
+            incrementLaunchCount(first, application);
+        // A second store on the same file sees each write at once, before the first goes away.
+        EXPECT_EQ(SettingsPreferences(file).integerForKey(key), 3);
+    }
+    SettingsPreferences second(file);
+    incrementLaunchCount(second, application);
+    EXPECT_EQ(SettingsPreferences(file).integerForKey(key), 4);
+
+    for (const char *damaged : { "five", "2.5", "", "99999999999999999999", "0x10" }) {
+        QSettings(file, QSettings::NativeFormat).setValue(key, QString::fromUtf8(damaged));
+        SettingsPreferences preferences(file);
+        EXPECT_EQ(preferences.integerForKey(key), 0) << damaged;
+        incrementLaunchCount(preferences, application);
+        EXPECT_EQ(SettingsPreferences(file).integerForKey(key), 1) << damaged;
+    }
+}
+
+} // namespace
+} // namespace brivanta

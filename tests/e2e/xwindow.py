@@ -6,10 +6,6 @@ import subprocess
 import time
 
 
-class TimeoutError_(AssertionError):
-    pass
-
-
 def wait_until(predicate, timeout, what, interval=0.05):
     """Polls predicate until it returns a truthy value; fails with `what` after timeout seconds."""
     deadline = time.monotonic() + timeout
@@ -18,7 +14,7 @@ def wait_until(predicate, timeout, what, interval=0.05):
         if value:
             return value
         if time.monotonic() > deadline:
-            raise TimeoutError_(f"timed out after {timeout} s waiting for {what}")
+            raise AssertionError(f"timed out after {timeout} s waiting for {what}")
         time.sleep(interval)
 
 

@@ -2,43 +2,18 @@
 
 #include "support/launch_counter.h"
 
-#include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace brivanta::testing {
-
-namespace {
-
-void collect(QQuickItem *item, const QString &objectName, QList<QQuickItem *> &found)
-{
-    if (item->objectName() == objectName)
-        found.append(item);
-    for (QQuickItem *child : item->childItems())
-        collect(child, objectName, found);
-}
-
-QQuickItem *scrollViewOf(QQuickItem *item)
-{
-    for (QQuickItem *ancestor = item->parentItem(); ancestor; ancestor = ancestor->parentItem()) {
-        if (ancestor->objectName() == QLatin1String("mainScrollView"))
-            return ancestor;
-    }
-    return nullptr;
-}
-
-} // namespace
 
 UiHarness::UiHarness()
     : ratingPrompt(QUrl(QStringLiteral("https://apps.apple.com/app/id6742517203?action=write-review")))
 {
     bundle.dictionary.insert(QStringLiteral("CFBundleName"), QStringLiteral("Brivanta"));
     bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.0.0"));
-    locale.languages = { QStringLiteral("de-DE") };
-    locale.region = QStringLiteral("DE");
-    locale.languageNames.insert(QStringLiteral("de-DE"), QStringLiteral("German (Germany)"));
-    locale.regionNames.insert(QStringLiteral("DE"), QStringLiteral("Germany"));
 }
 
 UiHarness::~UiHarness()
@@ -54,7 +29,7 @@ UiHarness::~UiHarness()
         flush.grabWindow();
 }
 
-void UiHarness::start(QSize size)
+void UiHarness::start(QSize size, bool onboarding)
 {
     m_model = std::make_unique<MainViewModel>(MainViewModel::Dependencies {
         .manager = dnsSettingsManager,
@@ -70,11 +45,7 @@ void UiHarness::start(QSize size)
         .systemSwitch = withSystemSwitch ? &systemSwitch : nullptr,
     });
     m_supportActions = std::make_unique<SupportActions>(SupportActions::Dependencies {
-        .bundle = bundle,
-        .device = device,
-        .locale = locale,
-        .application = application,
-    });
+        .bundle = bundle, .device = device, .locale = locale, .application = application });
     m_window = std::make_unique<ContentWindow>(ViewServices::Objects {
         .mainViewModel = m_model.get(),
         .device = &device,
@@ -88,6 +59,8 @@ void UiHarness::start(QSize size)
     m_window->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(m_window.get()));
     settle();
+    if (!onboarding)
+        leaveOnboarding();
 }
 
 void UiHarness::settle()
@@ -97,16 +70,16 @@ void UiHarness::settle()
     m_window->grabWindow();
 }
 
-void UiHarness::resize(QSize size)
-{
-    m_window->resize(size);
-    settle();
-}
-
 QList<QQuickItem *> UiHarness::items(const QString &objectName)
 {
     QList<QQuickItem *> found;
-    collect(m_window->contentItem(), objectName, found);
+    const std::function<void(QQuickItem *)> collect = [&](QQuickItem *item) {
+        if (item->objectName() == objectName)
+            found.append(item);
+        for (QQuickItem *child : item->childItems())
+            collect(child);
+    };
+    collect(m_window->contentItem());
     return found;
 }
 
@@ -117,10 +90,9 @@ QQuickItem *UiHarness::item(const QString &objectName)
         if (candidate->isVisible())
             return candidate;
     }
-    if (!found.isEmpty())
-        return found.first();
-    ADD_FAILURE() << "no item named " << objectName.toStdString();
-    return nullptr;
+    if (found.isEmpty())
+        ADD_FAILURE() << "no item named " << objectName.toStdString();
+    return found.value(0);
 }
 
 void UiHarness::leaveOnboarding()
@@ -132,24 +104,20 @@ void UiHarness::leaveOnboarding()
 void UiHarness::click(QQuickItem *target)
 {
     ASSERT_NE(target, nullptr);
-    if (QQuickItem *scrollView = scrollViewOf(target)) {
-        const qreal contentHeight = scrollView->property("contentHeight").toReal();
-        const QPointF inContent = target->mapToItem(
-            scrollView->property("contentItem").value<QQuickItem *>(), QPointF(0, target->height() / 2));
-        const qreal wanted = inContent.y() - scrollView->height() / 2;
-        scrollView->setProperty(
-            "contentY", std::clamp(wanted, 0.0, std::max(0.0, contentHeight - scrollView->height())));
+    QQuickItem *scrollView = target->parentItem();
+    while (scrollView && scrollView->objectName() != QLatin1String("mainScrollView"))
+        scrollView = scrollView->parentItem();
+    if (scrollView) {
+        const auto *content = scrollView->property("contentItem").value<QQuickItem *>();
+        const qreal wanted
+            = target->mapToItem(content, QPointF(0, target->height() / 2)).y() - scrollView->height() / 2;
+        const qreal bottom = scrollView->property("contentHeight").toReal() - scrollView->height();
+        scrollView->setProperty("contentY", std::clamp(wanted, 0.0, std::max(0.0, bottom)));
         settle();
     }
-    const QPoint centre = target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint();
-    QTest::mouseClick(m_window.get(), Qt::LeftButton, Qt::NoModifier, centre);
+    QTest::mouseClick(m_window.get(), Qt::LeftButton, Qt::NoModifier,
+        target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint());
     QCoreApplication::processEvents();
-}
-
-void UiHarness::runMainQueue()
-{
-    mainQueue.runAll();
-    settle();
 }
 
 } // namespace brivanta::testing

@@ -6,7 +6,11 @@
 #include <QTest>
 #include <QTranslator>
 #include <QUrlQuery>
+#include <QXmlStreamReader>
+#include <QtQml/qqmlextensionplugin.h>
 #include <gtest/gtest.h>
+
+Q_IMPORT_QML_PLUGIN(BrivantaPlugin)
 
 namespace brivanta {
 namespace {
@@ -16,6 +20,7 @@ using testing::UiHarness;
 
 const QColor red("#ff453a");
 const QColor green("#30d158");
+constexpr auto Load = FakeDNSSettingsManager::Operation::Load;
 constexpr auto Save = FakeDNSSettingsManager::Operation::Save;
 
 struct MainViewTest : ::testing::Test
@@ -27,6 +32,47 @@ struct MainViewTest : ::testing::Test
         return harness.item(item)->property(name);
     }
 };
+
+using OnboardingTest = MainViewTest;
+
+TEST_F(OnboardingTest, NextEightTimesReachesGetStartedAndANinthPressShowsTheMainScreen)
+{
+    harness.start();
+    for (int page = 0; page < 9; ++page) {
+        SCOPED_TRACE(page);
+        EXPECT_EQ(property("onboardingView", "currentPage"), page);
+        EXPECT_EQ(property("onboardingButton"), page < 8 ? "Next" : "Get Started");
+        // Nothing of the main screen runs while the onboarding is shown.
+        EXPECT_EQ(harness.dnsSettingsManager.count(Load), 0);
+        EXPECT_EQ(harness.preferences.writes, 0);
+        harness.click(harness.item("onboardingButton"));
+    }
+    EXPECT_FALSE(harness.items("mainView").isEmpty());
+    EXPECT_TRUE(harness.items("onboardingView").isEmpty());
+    // The main screen appeared: status refresh, then the launch counter.
+    EXPECT_EQ(harness.dnsSettingsManager.count(Load), 1);
+    EXPECT_EQ(harness.preferences.integerForKey("launchCount"), 1);
+}
+
+TEST_F(OnboardingTest, SwipingMovesBetweenPagesAndNeverEndsTheOnboarding)
+{
+    harness.start();
+    QQuickItem *pager = harness.item("onboardingPager");
+    const QPoint start = pager->mapToScene(QPointF(pager->width() * 0.8, pager->height() / 2)).toPoint();
+    QTest::mousePress(&harness.window(), Qt::LeftButton, Qt::NoModifier, start);
+    for (int step = 1; step <= 10; ++step)
+        QTest::mouseMove(&harness.window(), start - QPoint(step * 25, 0), 10);
+    QTest::mouseRelease(&harness.window(), Qt::LeftButton, Qt::NoModifier, start - QPoint(250, 0), 10);
+    QTRY_COMPARE(property("onboardingView", "currentPage").toInt(), 1);
+    EXPECT_EQ(property("onboardingButton"), "Next");
+
+    // Straight to the last page: the label follows the pager, and one press ends the onboarding.
+    pager->setProperty("currentIndex", 8);
+    EXPECT_EQ(property("onboardingButton"), "Get Started");
+    EXPECT_TRUE(harness.items("mainView").isEmpty());
+    harness.click(harness.item("onboardingButton"));
+    EXPECT_FALSE(harness.items("mainView").isEmpty());
+}
 
 // Below 744 points wide the phone layout, from 744 the tablet's; resizing across the line switches it.
 TEST_F(MainViewTest, StatusCardPillAndAddButtonFollowTheIdiomAcrossTheTabletWidth)
@@ -58,7 +104,7 @@ TEST_F(MainViewTest, StatusCardShowsTheStateInItsColours)
     EXPECT_EQ(property("statusText"), "Disabled");
 
     harness.dnsSettingsManager.setEnabled(true);
-    harness.dnsSettingsManager.release(FakeDNSSettingsManager::Operation::Load);
+    harness.dnsSettingsManager.release(Load);
     harness.runMainQueue();
 
     EXPECT_EQ(property("statusSymbol", "symbol"), "shield.checkerboard");
@@ -224,11 +270,36 @@ TEST_F(MainViewTest, TheFifthAppearanceShowsTheRatingPromptAndEscapeDismissesIt)
     EXPECT_FALSE(harness.ratingPrompt.isVisible());
 }
 
+// Every entry of the shipped German catalogue is finished, so a German locale never falls back to English.
 TEST_F(MainViewTest, UnderAGermanLocaleTheLabelsAreGerman)
 {
+    QFile file(QStringLiteral(BRIVANTA_GERMAN_TS));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QXmlStreamReader xml(&file);
+    int messages = 0;
+    QString source;
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        if (xml.name() == QLatin1String("source")) {
+            source = xml.readElementText();
+        } else if (xml.name() == QLatin1String("translation")) {
+            ++messages;
+            EXPECT_TRUE(xml.attributes().value("type").isEmpty()) << source.toStdString() << " is unfinished";
+            EXPECT_FALSE(xml.readElementText().isEmpty()) << source.toStdString();
+        }
+    }
+    EXPECT_FALSE(xml.hasError());
+    EXPECT_GE(messages, 39);
+
+    QTranslator english;
+    EXPECT_FALSE(BrivantaApp::installTranslator(
+        *QCoreApplication::instance(), english, QLocale(QLocale::English, QLocale::UnitedStates)));
     QTranslator german;
     ASSERT_TRUE(BrivantaApp::installTranslator(
         *QCoreApplication::instance(), german, QLocale(QLocale::German, QLocale::Germany)));
+    // The percent sign and the argument's place differ in German.
+    EXPECT_EQ(MainViewModel::scoreTextFor(85), "Blockierquote: 85 %");
     harness.start();
     EXPECT_EQ(property("onboardingButton"), "Weiter");
     harness.leaveOnboarding();

@@ -46,7 +46,7 @@ void showWholeMainScreen(UiHarness &harness, bool enabled)
     if (enabled)
         harness.environment.variables["SIMULATOR_DEVICE_NAME"] = "Screenshots";
     harness.leaveOnboarding();
-    const qreal height = harness.item(QStringLiteral("mainScrollView"))->property("contentHeight").toReal();
+    const qreal height = harness.property(QStringLiteral("mainScrollView"), "contentHeight").toReal();
     harness.window().resize(harness.window().width(), int(std::ceil(height)));
     harness.settle();
 }
@@ -62,14 +62,7 @@ void showResults(UiHarness &harness)
         return brivanta::testing::transportError(brivanta::NSURLErrorCannotFindHost);
     });
     harness.runMainQueue();
-    // The test section at the top of the view.
-    QQuickItem *scrollView = harness.item(QStringLiteral("mainScrollView"));
-    QQuickItem *section = harness.item(QStringLiteral("testSection"));
-    const qreal top
-        = section->mapToItem(scrollView->property("contentItem").value<QQuickItem *>(), QPointF()).y();
-    const qreal bottom = scrollView->property("contentHeight").toReal() - scrollView->height();
-    scrollView->setProperty("contentY", std::clamp(top - 16, 0.0, std::max(0.0, bottom)));
-    harness.settle();
+    harness.scrollTo(harness.item(QStringLiteral("testSection")));
 }
 
 } // namespace
@@ -109,15 +102,12 @@ int main(int argc, char *argv[])
 
     // The onboarding and main screen in German, as a German locale shows them.
     QTranslator german;
-    if (brivanta::BrivantaApp::installTranslator(
-            application, german, QLocale(QLocale::German, QLocale::Germany))) {
-        shootAs("onboarding-first-phone-de", ContentWindow::phoneSize, onboardingFirst);
-        shootAs("main-enabled-phone-de", ContentWindow::phoneSize, mainEnabled);
-        QCoreApplication::removeTranslator(&german);
-    } else {
-        std::fprintf(stderr, "no German translation compiled in\n");
-        ok = false;
-    }
+    ok = brivanta::BrivantaApp::installTranslator(
+             application, german, QLocale(QLocale::German, QLocale::Germany))
+        && ok;
+    shootAs("onboarding-first-phone-de", ContentWindow::phoneSize, onboardingFirst);
+    shootAs("main-enabled-phone-de", ContentWindow::phoneSize, mainEnabled);
+    QCoreApplication::removeTranslator(&german);
     // On Linux a disabled card says why, and offers the switch.
     shootAs(
         "main-linux-not-enabled-phone", ContentWindow::phoneSize,

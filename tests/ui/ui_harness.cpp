@@ -10,7 +10,6 @@
 namespace brivanta::testing {
 
 UiHarness::UiHarness()
-    : ratingPrompt(QUrl(QStringLiteral("https://apps.apple.com/app/id6742517203?action=write-review")))
 {
     bundle.dictionary.insert(QStringLiteral("CFBundleName"), QStringLiteral("Brivanta"));
     bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.0.0"));
@@ -37,11 +36,7 @@ void UiHarness::start(QSize size, bool onboarding)
         .environment = environment,
         .console = console,
         .incrementLaunchCount = [this] { incrementLaunchCount(preferences, application); },
-        .makeTester = [this]() -> std::unique_ptr<AdBlockTester> {
-            if (testDomains.isEmpty())
-                return std::make_unique<AdBlockTester>(httpClient, mainQueue);
-            return AdBlockTester::withTestDomainsForTesting(httpClient, mainQueue, testDomains);
-        },
+        .makeTester = [this] { return std::make_unique<AdBlockTester>(httpClient, mainQueue); },
         .systemSwitch = withSystemSwitch ? &systemSwitch : nullptr,
     });
     m_supportActions = std::make_unique<SupportActions>(SupportActions::Dependencies {
@@ -86,13 +81,10 @@ QList<QQuickItem *> UiHarness::items(const QString &objectName)
 QQuickItem *UiHarness::item(const QString &objectName)
 {
     const QList<QQuickItem *> found = items(objectName);
-    for (QQuickItem *candidate : found) {
-        if (candidate->isVisible())
-            return candidate;
-    }
+    const auto shown = std::find_if(found.begin(), found.end(), [](auto *item) { return item->isVisible(); });
     if (found.isEmpty())
         ADD_FAILURE() << "no item named " << objectName.toStdString();
-    return found.value(0);
+    return shown != found.end() ? *shown : found.value(0);
 }
 
 void UiHarness::leaveOnboarding()
@@ -101,20 +93,23 @@ void UiHarness::leaveOnboarding()
     settle();
 }
 
+void UiHarness::scrollTo(QQuickItem *target)
+{
+    QQuickItem *view = target->parentItem();
+    while (view && view->objectName() != QLatin1String("mainScrollView"))
+        view = view->parentItem();
+    if (!view)
+        return;
+    const qreal top = target->mapToItem(view->property("contentItem").value<QQuickItem *>(), QPointF()).y();
+    const qreal bottom = view->property("contentHeight").toReal() - view->height();
+    view->setProperty("contentY", std::clamp(top - 16, 0.0, std::max(0.0, bottom)));
+    settle();
+}
+
 void UiHarness::click(QQuickItem *target)
 {
     ASSERT_NE(target, nullptr);
-    QQuickItem *scrollView = target->parentItem();
-    while (scrollView && scrollView->objectName() != QLatin1String("mainScrollView"))
-        scrollView = scrollView->parentItem();
-    if (scrollView) {
-        const auto *content = scrollView->property("contentItem").value<QQuickItem *>();
-        const qreal wanted
-            = target->mapToItem(content, QPointF(0, target->height() / 2)).y() - scrollView->height() / 2;
-        const qreal bottom = scrollView->property("contentHeight").toReal() - scrollView->height();
-        scrollView->setProperty("contentY", std::clamp(wanted, 0.0, std::max(0.0, bottom)));
-        settle();
-    }
+    scrollTo(target);
     QTest::mouseClick(m_window.get(), Qt::LeftButton, Qt::NoModifier,
         target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint());
     QCoreApplication::processEvents();

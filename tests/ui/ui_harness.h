@@ -39,10 +39,9 @@ public:
     DesktopDevice device { QStringLiteral("ThinkPad X1"), QStringLiteral("Debian GNU/Linux"),
         QStringLiteral("12") };
     DesktopShareSheet shareSheet;
-    DesktopRatingPrompt ratingPrompt;
+    DesktopRatingPrompt ratingPrompt { QUrl(
+        QStringLiteral("https://apps.apple.com/app/id6742517203?action=write-review")) };
     DesktopApplicationServices application { device, shareSheet, ratingPrompt };
-    // Empty: the tester probes its own list.
-    QStringList testDomains;
     // Set before start: the status card explains and offers the switch, as on Linux.
     FakeSystemDnsSwitch systemSwitch;
     bool withSystemSwitch = false;
@@ -58,8 +57,14 @@ public:
     // The item with that objectName (the first visible one, else the first); fails the test when none.
     QQuickItem *item(const QString &objectName);
     QList<QQuickItem *> items(const QString &objectName);
+    QVariant property(const QString &objectName, const char *name = "text")
+    {
+        return item(objectName)->property(name);
+    }
     void leaveOnboarding();
-    // Scrolls the main screen so that the item is in view, then clicks its centre.
+    // Scrolls the main screen so that the item's top is just below the screen's top (or as near as it goes).
+    void scrollTo(QQuickItem *item);
+    // Scrolls the item into view, then clicks its centre.
     void click(QQuickItem *item);
     void runMainQueue()
     {

@@ -23,15 +23,6 @@ TEST(StaticTableDeathTest, ReadingOutsideATableIsFatal)
         InstructionSteps::symbol(std::numeric_limits<int>::max()), "integer overflow in an addition");
 }
 
-// The pages 0 to 8 are the onboarding test's; the pager never goes past the end, yet a press there ends it.
-TEST(OnboardingButtonRule, PastTheEndOrOnAOnePageTableAPressEndsTheOnboarding)
-{
-    EXPECT_EQ(OnboardingPages::buttonTitle(9, 9), QLatin1String("Next"));
-    EXPECT_EQ(OnboardingPages::pageAfterPress(9, 9), -1);
-    EXPECT_EQ(OnboardingPages::buttonTitle(0, 1), QLatin1String("Get Started"));
-    EXPECT_EQ(OnboardingPages::pageAfterPress(0, 1), -1);
-}
-
 TEST(SymbolTable, EverySymbolTheViewsNameHasAnImage)
 {
     QStringList used { "hand.raised.fill", "shield.checkerboard", "shield.slash", "lock.shield.fill",

@@ -22,24 +22,6 @@ using brivanta::ContentWindow;
 using brivanta::testing::UiHarness;
 using Scenario = std::function<void(UiHarness &)>;
 
-bool shoot(const QString &path, QSize size, const Scenario &scenario, bool withSystemSwitch = false)
-{
-    UiHarness harness;
-    harness.withSystemSwitch = withSystemSwitch;
-    harness.start(size);
-    scenario(harness);
-    // Long enough for the pager's and the pill's animations to finish.
-    QTest::qWait(900);
-    harness.settle();
-    const QImage image = harness.window().grabWindow();
-    if (image.isNull() || !image.save(path)) {
-        std::fprintf(stderr, "could not write %s\n", qPrintable(path));
-        return false;
-    }
-    std::printf("%s (%dx%d)\n", qPrintable(path), image.width(), image.height());
-    return true;
-}
-
 // The whole main screen, top to bottom: the window grows to the height of its content.
 void showWholeMainScreen(UiHarness &harness, bool enabled)
 {
@@ -74,13 +56,21 @@ int main(int argc, char *argv[])
     const QString directory = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("docs/screenshots");
     QDir().mkpath(directory);
     bool ok = true;
-    const auto shootAs
-        = [&](const QString &name, QSize size, const Scenario &scenario, bool withSwitch = false) {
-              ok = shoot(QStringLiteral("%1/%2.png").arg(directory, name), size, scenario, withSwitch) && ok;
-          };
+    const auto shoot = [&](const QString &name, QSize size, const Scenario &scenario) {
+        UiHarness harness;
+        // On Linux a disabled card says why, and offers the switch.
+        harness.withSystemSwitch = name.contains(QLatin1String("linux"));
+        harness.start(size);
+        scenario(harness);
+        QTest::qWait(900); // long enough for the pager's and the pill's animations to finish
+        harness.settle();
+        const QString path = QStringLiteral("%1/%2.png").arg(directory, name);
+        const QImage image = harness.window().grabWindow();
+        ok = !image.isNull() && image.save(path) && ok;
+        std::printf("%s (%dx%d)\n", qPrintable(path), image.width(), image.height());
+    };
     const Scenario onboardingFirst = [](UiHarness &) {};
     const Scenario mainEnabled = [](UiHarness &h) { showWholeMainScreen(h, true); };
-
     const std::pair<QString, Scenario> scenarios[] = {
         { "onboarding-first", onboardingFirst },
         { "onboarding-last",
@@ -97,7 +87,7 @@ int main(int argc, char *argv[])
     for (const auto &[suffix, size] :
         { std::pair("phone", ContentWindow::phoneSize), std::pair("tablet", ContentWindow::tabletSize) }) {
         for (const auto &[name, scenario] : scenarios)
-            shootAs(name + "-" + suffix, size, scenario);
+            shoot(name + "-" + suffix, size, scenario);
     }
 
     // The onboarding and main screen in German, as a German locale shows them.
@@ -105,18 +95,14 @@ int main(int argc, char *argv[])
     ok = brivanta::BrivantaApp::installTranslator(
              application, german, QLocale(QLocale::German, QLocale::Germany))
         && ok;
-    shootAs("onboarding-first-phone-de", ContentWindow::phoneSize, onboardingFirst);
-    shootAs("main-enabled-phone-de", ContentWindow::phoneSize, mainEnabled);
+    shoot("onboarding-first-phone-de", ContentWindow::phoneSize, onboardingFirst);
+    shoot("main-enabled-phone-de", ContentWindow::phoneSize, mainEnabled);
     QCoreApplication::removeTranslator(&german);
-    // On Linux a disabled card says why, and offers the switch.
-    shootAs(
-        "main-linux-not-enabled-phone", ContentWindow::phoneSize,
-        [](UiHarness &h) {
-            h.systemSwitch.setReason(QStringLiteral("Not switched on."));
-            h.leaveOnboarding();
-            h.dnsSettingsManager.release(brivanta::testing::FakeDNSSettingsManager::Operation::Load);
-            h.runMainQueue();
-        },
-        true);
+    shoot("main-linux-not-enabled-phone", ContentWindow::phoneSize, [](UiHarness &h) {
+        h.systemSwitch.setReason(QStringLiteral("Not switched on."));
+        h.leaveOnboarding();
+        h.dnsSettingsManager.release(brivanta::testing::FakeDNSSettingsManager::Operation::Load);
+        h.runMainQueue();
+    });
     return ok ? 0 : 1;
 }

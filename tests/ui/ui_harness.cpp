@@ -30,24 +30,20 @@ UiHarness::~UiHarness()
 
 void UiHarness::start(QSize size, bool onboarding)
 {
-    m_model = std::make_unique<MainViewModel>(MainViewModel::Dependencies {
-        .manager = dnsSettingsManager,
+    m_model = std::make_unique<MainViewModel>(MainViewModel::Dependencies { .manager = dnsSettingsManager,
         .mainQueue = mainQueue,
         .environment = environment,
         .console = console,
         .incrementLaunchCount = [this] { incrementLaunchCount(preferences, application); },
         .makeTester = [this] { return std::make_unique<AdBlockTester>(httpClient, mainQueue); },
-        .systemSwitch = withSystemSwitch ? &systemSwitch : nullptr,
-    });
+        .systemSwitch = withSystemSwitch ? &systemSwitch : nullptr });
     m_supportActions = std::make_unique<SupportActions>(SupportActions::Dependencies {
         .bundle = bundle, .device = device, .locale = locale, .application = application });
-    m_window = std::make_unique<ContentWindow>(ViewServices::Objects {
-        .mainViewModel = m_model.get(),
+    m_window = std::make_unique<ContentWindow>(ViewServices::Objects { .mainViewModel = m_model.get(),
         .device = &device,
         .supportActions = m_supportActions.get(),
         .shareSheet = &shareSheet,
-        .ratingPrompt = &ratingPrompt,
-    });
+        .ratingPrompt = &ratingPrompt });
     application.setWindow(m_window.get());
     ASSERT_EQ(m_window->status(), QQuickView::Ready) << "ContentView did not load";
     m_window->resize(size);

@@ -46,7 +46,6 @@ public:
     FakeSystemDnsSwitch systemSwitch;
     bool withSystemSwitch = false;
 
-    UiHarness();
     ~UiHarness();
 
     // Shows the window at that size, on the onboarding or straight on the main screen.

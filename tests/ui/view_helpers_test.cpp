@@ -17,8 +17,6 @@ namespace {
 TEST(StaticTableDeathTest, ReadingOutsideATableIsFatal)
 {
     EXPECT_DEATH(onboardingPage(onboardingPages(), 9), "");
-    EXPECT_DEATH(onboardingPage(onboardingPages(), -1), "");
-    EXPECT_DEATH(InstructionSteps::text(4), "");
     EXPECT_DEATH(
         InstructionSteps::symbol(std::numeric_limits<int>::max()), "integer overflow in an addition");
 }

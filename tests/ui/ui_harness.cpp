@@ -50,13 +50,6 @@ void UiHarness::start(QSize size, bool onboarding)
         leaveOnboarding();
 }
 
-void UiHarness::settle()
-{
-    QCoreApplication::processEvents();
-    // A grab polishes every item and renders one frame.
-    m_window->grabWindow();
-}
-
 QList<QQuickItem *> UiHarness::items(const QString &objectName)
 {
     QList<QQuickItem *> found;
@@ -77,12 +70,6 @@ QQuickItem *UiHarness::item(const QString &objectName)
     if (found.isEmpty())
         ADD_FAILURE() << "no item named " << objectName.toStdString();
     return shown != found.end() ? *shown : found.value(0);
-}
-
-void UiHarness::leaveOnboarding()
-{
-    m_window->rootObject()->setProperty("showOnboarding", false);
-    settle();
 }
 
 void UiHarness::scrollTo(QQuickItem *target)

@@ -51,8 +51,12 @@ public:
     // Shows the window at that size, on the onboarding or straight on the main screen.
     void start(QSize size = ContentWindow::phoneSize, bool onboarding = true);
     ContentWindow &window() { return *m_window; }
-    // Lays out and renders once, so that geometry is current.
-    void settle();
+    // Lays out and renders once (a grab polishes every item), so that geometry is current.
+    void settle()
+    {
+        QCoreApplication::processEvents();
+        m_window->grabWindow();
+    }
     // The item with that objectName (the first visible one, else the first); fails the test when none.
     QQuickItem *item(const QString &objectName);
     QList<QQuickItem *> items(const QString &objectName);
@@ -60,7 +64,11 @@ public:
     {
         return item(objectName)->property(name);
     }
-    void leaveOnboarding();
+    void leaveOnboarding()
+    {
+        m_window->rootObject()->setProperty("showOnboarding", false);
+        settle();
+    }
     // Scrolls the main screen so that the item's top is just below the screen's top (or as near as it goes).
     void scrollTo(QQuickItem *item);
     // Scrolls the item into view, then clicks its centre.

@@ -2,44 +2,12 @@
 
 #include "support/launch_counter.h"
 
-#include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace brivanta::testing {
-
-namespace {
-
-void collect(QQuickItem *item, const QString &objectName, QList<QQuickItem *> &found)
-{
-    if (item->objectName() == objectName)
-        found.append(item);
-    for (QQuickItem *child : item->childItems())
-        collect(child, objectName, found);
-}
-
-QQuickItem *scrollViewOf(QQuickItem *item)
-{
-    for (QQuickItem *ancestor = item->parentItem(); ancestor; ancestor = ancestor->parentItem()) {
-        if (ancestor->objectName() == QLatin1String("mainScrollView"))
-            return ancestor;
-    }
-    return nullptr;
-}
-
-} // namespace
-
-UiHarness::UiHarness()
-    : ratingPrompt(QUrl(QStringLiteral("https://apps.apple.com/app/id6742517203?action=write-review")))
-{
-    bundle.dictionary.insert(QStringLiteral("CFBundleName"), QStringLiteral("Brivanta"));
-    bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.0.0"));
-    locale.languages = { QStringLiteral("de-DE") };
-    locale.region = QStringLiteral("DE");
-    locale.languageNames.insert(QStringLiteral("de-DE"), QStringLiteral("German (Germany)"));
-    locale.regionNames.insert(QStringLiteral("DE"), QStringLiteral("Germany"));
-}
 
 UiHarness::~UiHarness()
 {
@@ -54,102 +22,76 @@ UiHarness::~UiHarness()
         flush.grabWindow();
 }
 
-void UiHarness::start(QSize size)
+void UiHarness::start(QSize size, bool onboarding)
 {
-    m_model = std::make_unique<MainViewModel>(MainViewModel::Dependencies {
-        .manager = dnsSettingsManager,
+    bundle.dictionary.insert(QStringLiteral("CFBundleName"), QStringLiteral("Brivanta"));
+    bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.0.0"));
+    m_model = std::make_unique<MainViewModel>(MainViewModel::Dependencies { .manager = dnsSettingsManager,
         .mainQueue = mainQueue,
         .environment = environment,
         .console = console,
         .incrementLaunchCount = [this] { incrementLaunchCount(preferences, application); },
-        .makeTester = [this]() -> std::unique_ptr<AdBlockTester> {
-            if (testDomains.isEmpty())
-                return std::make_unique<AdBlockTester>(httpClient, mainQueue);
-            return AdBlockTester::withTestDomainsForTesting(httpClient, mainQueue, testDomains);
-        },
-        .systemSwitch = withSystemSwitch ? &systemSwitch : nullptr,
-    });
+        .makeTester = [this] { return std::make_unique<AdBlockTester>(httpClient, mainQueue); },
+        .systemSwitch = withSystemSwitch ? &systemSwitch : nullptr });
     m_supportActions = std::make_unique<SupportActions>(SupportActions::Dependencies {
-        .bundle = bundle,
-        .device = device,
-        .locale = locale,
-        .application = application,
-    });
-    m_window = std::make_unique<ContentWindow>(ViewServices::Objects {
-        .mainViewModel = m_model.get(),
+        .bundle = bundle, .device = device, .locale = locale, .application = application });
+    m_window = std::make_unique<ContentWindow>(ViewServices::Objects { .mainViewModel = m_model.get(),
         .device = &device,
         .supportActions = m_supportActions.get(),
         .shareSheet = &shareSheet,
-        .ratingPrompt = &ratingPrompt,
-    });
+        .ratingPrompt = &ratingPrompt });
     application.setWindow(m_window.get());
     ASSERT_EQ(m_window->status(), QQuickView::Ready) << "ContentView did not load";
     m_window->resize(size);
     m_window->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(m_window.get()));
     settle();
-}
-
-void UiHarness::settle()
-{
-    QCoreApplication::processEvents();
-    // A grab polishes every item and renders one frame.
-    m_window->grabWindow();
-}
-
-void UiHarness::resize(QSize size)
-{
-    m_window->resize(size);
-    settle();
+    if (!onboarding)
+        leaveOnboarding();
 }
 
 QList<QQuickItem *> UiHarness::items(const QString &objectName)
 {
     QList<QQuickItem *> found;
-    collect(m_window->contentItem(), objectName, found);
+    const std::function<void(QQuickItem *)> collect = [&](QQuickItem *item) {
+        if (item->objectName() == objectName)
+            found.append(item);
+        for (QQuickItem *child : item->childItems())
+            collect(child);
+    };
+    collect(m_window->contentItem());
     return found;
 }
 
 QQuickItem *UiHarness::item(const QString &objectName)
 {
     const QList<QQuickItem *> found = items(objectName);
-    for (QQuickItem *candidate : found) {
-        if (candidate->isVisible())
-            return candidate;
-    }
-    if (!found.isEmpty())
-        return found.first();
-    ADD_FAILURE() << "no item named " << objectName.toStdString();
-    return nullptr;
+    const auto shown = std::find_if(found.begin(), found.end(), [](auto *item) { return item->isVisible(); });
+    if (found.isEmpty())
+        ADD_FAILURE() << "no item named " << objectName.toStdString();
+    return shown != found.end() ? *shown : found.value(0);
 }
 
-void UiHarness::leaveOnboarding()
+void UiHarness::scrollTo(QQuickItem *target)
 {
-    m_window->rootObject()->setProperty("showOnboarding", false);
+    QQuickItem *view = target->parentItem();
+    while (view && view->objectName() != QLatin1String("mainScrollView"))
+        view = view->parentItem();
+    if (!view)
+        return;
+    const qreal top = target->mapToItem(view->property("contentItem").value<QQuickItem *>(), QPointF()).y();
+    const qreal bottom = view->property("contentHeight").toReal() - view->height();
+    view->setProperty("contentY", std::clamp(top - 16, 0.0, std::max(0.0, bottom)));
     settle();
 }
 
 void UiHarness::click(QQuickItem *target)
 {
     ASSERT_NE(target, nullptr);
-    if (QQuickItem *scrollView = scrollViewOf(target)) {
-        const qreal contentHeight = scrollView->property("contentHeight").toReal();
-        const QPointF inContent = target->mapToItem(
-            scrollView->property("contentItem").value<QQuickItem *>(), QPointF(0, target->height() / 2));
-        const qreal wanted = inContent.y() - scrollView->height() / 2;
-        scrollView->setProperty(
-            "contentY", std::clamp(wanted, 0.0, std::max(0.0, contentHeight - scrollView->height())));
-        settle();
-    }
-    const QPoint centre = target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint();
-    QTest::mouseClick(m_window.get(), Qt::LeftButton, Qt::NoModifier, centre);
+    scrollTo(target);
+    QTest::mouseClick(m_window.get(), Qt::LeftButton, Qt::NoModifier,
+        target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint());
     QCoreApplication::processEvents();
-}
-
-void UiHarness::runMainQueue()
-{
-    mainQueue.runAll();
-    settle();
 }
 
 } // namespace brivanta::testing

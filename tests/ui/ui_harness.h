@@ -18,15 +18,13 @@
 #include "ui/support_actions.h"
 
 #include <QQuickItem>
-#include <QSize>
-#include <QStringList>
 #include <memory>
 
 namespace brivanta::testing {
 
 // The real QML module in a real ContentWindow, over scripted platform services: a DNS slot and an HTTP
-// client whose completions the test releases, a main queue it runs by hand, fixed bundle and locale
-// values. Links go through the real desktop services (catch them with a URL handler).
+// client whose completions the test releases, a main queue it runs by hand. Links go through the real
+// desktop services (catch them with a URL handler).
 class UiHarness
 {
 public:
@@ -41,32 +39,45 @@ public:
     DesktopDevice device { QStringLiteral("ThinkPad X1"), QStringLiteral("Debian GNU/Linux"),
         QStringLiteral("12") };
     DesktopShareSheet shareSheet;
-    DesktopRatingPrompt ratingPrompt;
+    DesktopRatingPrompt ratingPrompt { QUrl(
+        QStringLiteral("https://apps.apple.com/app/id6742517203?action=write-review")) };
     DesktopApplicationServices application { device, shareSheet, ratingPrompt };
-    // Empty: the tester probes its own list; otherwise this one.
-    QStringList testDomains;
     // Set before start: the status card explains and offers the switch, as on Linux.
     FakeSystemDnsSwitch systemSwitch;
     bool withSystemSwitch = false;
 
-    UiHarness();
     ~UiHarness();
 
-    // Makes the model and the window at the given size and shows it.
-    void start(QSize size = ContentWindow::phoneSize);
+    // Shows the window at that size, on the onboarding or straight on the main screen.
+    void start(QSize size = ContentWindow::phoneSize, bool onboarding = true);
     ContentWindow &window() { return *m_window; }
-
-    // Lays out and renders once, so that geometry is current.
-    void settle();
-    void resize(QSize size);
-    // The item with that objectName (the only one, or the first visible one); fails the test when none.
+    // Lays out and renders once (a grab polishes every item), so that geometry is current.
+    void settle()
+    {
+        QCoreApplication::processEvents();
+        m_window->grabWindow();
+    }
+    // The item with that objectName (the first visible one, else the first); fails the test when none.
     QQuickItem *item(const QString &objectName);
     QList<QQuickItem *> items(const QString &objectName);
-    void leaveOnboarding();
-    // Scrolls the main screen so that the item is in view, then clicks its centre.
+    QVariant property(const QString &objectName, const char *name = "text")
+    {
+        return item(objectName)->property(name);
+    }
+    void leaveOnboarding()
+    {
+        m_window->rootObject()->setProperty("showOnboarding", false);
+        settle();
+    }
+    // Scrolls the main screen so that the item's top is just below the screen's top (or as near as it goes).
+    void scrollTo(QQuickItem *item);
+    // Scrolls the item into view, then clicks its centre.
     void click(QQuickItem *item);
-    // Runs the main queue until nothing is left.
-    void runMainQueue();
+    void runMainQueue()
+    {
+        mainQueue.runAll();
+        settle();
+    }
 
 private:
     std::unique_ptr<MainViewModel> m_model;

@@ -20,8 +20,7 @@ protected:
     QString storePath() const { return m_dir.path() + "/brivanta/dns-slot.json"; }
 
     // Runs one of the manager's operations and waits for its completion (its worker runs it).
-    static Result finish(
-        DNSSettingsManager &m, void (DNSSettingsManager::*operation)(DNSSettingsManager::Completion))
+    static Result finish(DNSSettingsManager &m, auto operation)
     {
         std::promise<Result> promise;
         (m.*operation)([&](Result error) { promise.set_value(std::move(error)); });

@@ -40,12 +40,9 @@ TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDo
             "Switched on for another DNS address." },
         { [](auto &s) { s.routingKnown = false, s.routingProblem = "Cannot read."; }, "Cannot read." },
         { [](auto &s) {
-             s.otherServers << "192.0.2.1"
-                            << "192.0.2.2";
+             s.otherServers = { "192.0.2.1", "192.0.2.2" };
          },
             "Names can still reach 192.0.2.1, 192.0.2.2 directly." },
-        { [](auto &s) { s.canary = Canary::WrongAddress, s.forwarderRunning = false; },
-            "The forwarder is not running." },
         { [](auto &s) { s.canary = Canary::NoAnswer, s.lastFailureMs = 2, s.lastError = "HTTP 403"; },
             "The filtering resolver cannot be reached: HTTP 403." },
         { [](auto &s) { s.canary = Canary::NoAnswer, s.lastSuccessMs = 3, s.lastFailureMs = 2; },
@@ -88,9 +85,7 @@ protected:
         m_paths
             = { configHome() + "/state.json", configHome() + "/health.json", configHome() + "/resolv.conf" };
         writeFile(m_paths.stateFile,
-            QStringLiteral(R"({"phase": "applied", "endpoint": "%1", "stack": "resolvconf"})")
-                .arg(endpoint)
-                .toUtf8());
+            R"({"phase": "applied", "stack": "resolvconf", "endpoint": ")" + endpoint.toUtf8() + "\"}");
         writeFile(m_paths.healthFile,
             QStringLiteral(R"({"pid": %1, "endpoint": "%2", "canarySecret": "%3"})")
                 .arg(QString::number(::getpid()), endpoint, secret.toHex())

@@ -35,9 +35,7 @@ public:
     bool forwarderAnswers = true;
 };
 
-struct Crash
-{
-};
+enum class Crash {};
 
 // A machine as the helper finds it: files under root, a resolver stack.
 struct Machine
@@ -58,8 +56,6 @@ const QByteArray resolvConfText = written
 const QStringList startWithoutSystemd { "stop forwarder", "start forwarder", "wait" };
 
 const Machine machines[] = {
-    { "PlainResolvConf", { { "/etc/resolv.conf", "nameserver 192.0.2.1\nsearch lan\n" } }, "/etc/resolv.conf",
-        resolvConfText, startWithoutSystemd, { "stop forwarder" } },
     { "SymlinkedResolvConf",
         { { "/etc/resolv.conf", "->../run/resolvconf/resolv.conf" },
             { "/run/resolvconf/resolv.conf", "nameserver 192.0.2.1\n" },
@@ -148,7 +144,7 @@ protected:
         paths.helperProgram = "/helper";
         return DnsApply(paths, system, [this, crashAt](const QString &) {
             if (++steps == crashAt)
-                throw Crash();
+                throw Crash {};
         });
     }
 
@@ -190,16 +186,13 @@ TEST_P(DnsApplyTest, EnableRoutesThroughTheForwarderAndPauseOrDisableGiveTheMach
     ASSERT_EQ(helper().pause(90), std::nullopt);
     auto now = snapshot(), then = before;
     EXPECT_EQ(now[GetParam().routedFile], then[GetParam().routedFile]);
-    EXPECT_TRUE(read("/etc/brivanta/dohd.conf").contains("endpoint = https://dns.example/q"));
     EXPECT_EQ(helper().state().value("pausedUntilMs").toInteger(), 1700000000000 + 90000);
-    EXPECT_EQ(phase(), "paused");
     EXPECT_TRUE(system.calls.contains(QFileInfo::exists(root.path() + "/run/systemd/system")
             ? "systemd-run --on-active=90 --unit=brivanta-dns-resume --collect /helper resume"
             : "resume in 90"))
         << system.calls.join(" | ").toStdString();
     ASSERT_EQ(helper().resume(), std::nullopt);
     EXPECT_EQ(read(GetParam().routedFile), GetParam().routedText);
-    EXPECT_EQ(phase(), "applied");
 
     system.calls.clear();
     ASSERT_EQ(helper().disable(), std::nullopt);
@@ -207,40 +200,25 @@ TEST_P(DnsApplyTest, EnableRoutesThroughTheForwarderAndPauseOrDisableGiveTheMach
     expectRestored();
 }
 
-TEST_P(DnsApplyTest, ACrashAfterAnyStepIsFinishedByDisableOrByEnablingAgain)
+// Enabling again after a crash is the namespace test's.
+TEST_P(DnsApplyTest, ACrashAfterAnyStepOfEnableOrDisableIsFinishedByDisable)
 {
-    // Runs `verb` stopped after step 1, 2, ... until it runs through, and `recover` after each stop.
-    const auto crashEverywhere = [&](auto verb, auto recover) {
+    // Runs `verb` stopped after step 1, 2, ... until it runs through; after each stop, disable restores.
+    const auto crashEverywhere = [&](auto verb, bool reenable) {
         for (int crashAt = 1;; ++crashAt) {
             SCOPED_TRACE(testing::Message() << "crash after step " << crashAt);
             steps = 0;
             try {
                 return verb(helper(crashAt));
-            } catch (const Crash &) {
-                recover();
+            } catch (Crash) {
+                ASSERT_EQ(helper().disable(), std::nullopt);
+                expectRestored();
+                ASSERT_EQ(reenable ? helper().enable(endpoint) : std::nullopt, std::nullopt);
             }
         }
     };
-    const auto enable = [&](DnsApply apply) { ASSERT_EQ(apply.enable(endpoint), std::nullopt); };
-    const auto disable = [&](DnsApply apply) { ASSERT_EQ(apply.disable(), std::nullopt); };
-    const auto disableRestores = [&] {
-        disable(helper());
-        expectRestored();
-    };
-    crashEverywhere(enable, disableRestores);
-    disableRestores();
-    crashEverywhere(enable, [&] {
-        enable(helper());
-        EXPECT_EQ(read(GetParam().routedFile), GetParam().routedText);
-        EXPECT_EQ(helper().state().value("previousServers").toArray(), QJsonArray { "192.0.2.1" });
-        disableRestores();
-    });
-    disableRestores();
-    enable(helper());
-    crashEverywhere(disable, [&] {
-        disableRestores();
-        enable(helper());
-    });
+    crashEverywhere([](DnsApply apply) { ASSERT_EQ(apply.enable(endpoint), std::nullopt); }, false);
+    crashEverywhere([](DnsApply apply) { ASSERT_EQ(apply.disable(), std::nullopt); }, true);
     expectRestored();
 }
 

@@ -34,7 +34,6 @@ TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDo
         { [](auto &) {}, "" },
         { [](auto &s) { s.phase = "disabled"; }, "Not switched on." },
         { [](auto &s) { s.phase = "paused"; }, "Not switched on." }, // the pause is over
-        { [](auto &) {}, "Switched on for another DNS address.", "" },
         { [](auto &) {}, "Switched on for another DNS address.", "https://other.test/" },
         { [](auto &s) { s.forwarderEndpoint = "https://old.test/"; },
             "Switched on for another DNS address." },

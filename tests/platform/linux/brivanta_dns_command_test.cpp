@@ -10,7 +10,7 @@ namespace {
 
 struct CommandRun
 {
-    int exitCode = -1;
+    int exitCode;
     QString out, err;
 };
 
@@ -21,19 +21,18 @@ protected:
     // helper (with pkexec) that logs its arguments and fails when $FAIL is set. Later variables win.
     CommandRun run(const QStringList &arguments, const QStringList &environment = {})
     {
-        writeFile(configHome() + "/helper.sh",
+        const QString home = configHome();
+        writeFile(home + "/helper.sh",
             "echo \"$*\" >> \"$HELPER_LOG\"\n"
             "[ -z \"$FAIL\" ] || { echo 'brivanta-dns-apply: the endpoint did not answer' >&2; exit 1; }\n");
         QProcess process;
         process.setEnvironment(QProcess::systemEnvironment()
-            + QStringList { "XDG_CONFIG_HOME=" + configHome(), "BRIVANTA_SYSTEM_ROOT=" + configHome(),
-                "BRIVANTA_DNS_APPLY_COMMAND=sh " + configHome() + "/helper.sh", "HELPER_LOG=" + helperLog() }
+            + QStringList { "XDG_CONFIG_HOME=" + home, "BRIVANTA_SYSTEM_ROOT=" + home,
+                "BRIVANTA_DNS_APPLY_COMMAND=sh " + home + "/helper.sh", "HELPER_LOG=" + helperLog() }
             + environment);
         process.start(BRIVANTA_DNS_BINARY, arguments);
-        EXPECT_TRUE(process.waitForFinished(30000));
-        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-        return CommandRun { process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError()) };
+        EXPECT_TRUE(process.waitForFinished(30000) && process.exitStatus() == QProcess::NormalExit);
+        return { process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError() };
     }
 
     QString helperLog() const { return configHome() + "/helper.log"; }

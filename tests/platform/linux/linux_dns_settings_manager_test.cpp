@@ -134,10 +134,7 @@ TEST_F(LinuxDNSSettingsManagerTest, ADamagedStoreIsReportedByEveryOperationAndLe
 
 TEST_F(LinuxDNSSettingsManagerTest, AStoreThatCannotBeUsedSafelyNamesItsCauseAndKeepsTheSavedFile)
 {
-    struct Paths
-    {
-        const char *slot, *folder, *lock;
-    };
+    using Paths = std::array<const char *, 3>; // slot, folder, lock
     // Each row turns a saved slot into one way the store can fail. <slot>, <folder>, <lock>: their paths;
     // <read>, <unsafe>, <unusable>: the start of a failure to read the slot, trust its folder, use its lock.
     const struct
@@ -155,17 +152,17 @@ TEST_F(LinuxDNSSettingsManagerTest, AStoreThatCannotBeUsedSafelyNamesItsCauseAnd
             "The DNS configuration could not be written to <slot>: File too large." },
         { false, [](const Paths &) { return ::setenv("BRIVANTA_DNS_SLOT_SYNC_ERRNO", "5", 1); },
             "The DNS configuration could not be written to <slot>: Input/output error." },
-        { true, [](const Paths &p) { return ::symlink("dns-slot.json.kept", p.slot); },
+        { true, [](const Paths &p) { return ::symlink("dns-slot.json.kept", p[0]); },
             "<read> it is a symbolic link, which is not followed." },
-        { true, [](const Paths &p) { return ::mkfifo(p.slot, 0600); },
+        { true, [](const Paths &p) { return ::mkfifo(p[0], 0600); },
             "<read> it is a FIFO, not a regular file." },
-        { false, [](const Paths &p) { return ::truncate(p.slot, DnsSlotStore::maxFileSize + 1); },
+        { false, [](const Paths &p) { return ::truncate(p[0], DnsSlotStore::maxFileSize + 1); },
             "<read> it is too large (more than 1048576 bytes)." },
-        { false, [](const Paths &p) { return ::chown(p.folder, 65534, 65534); },
+        { false, [](const Paths &p) { return ::chown(p[1], 65534, 65534); },
             "<unsafe> it belongs to user 65534, not to this user (0)." },
-        { false, [](const Paths &p) { return ::chmod(p.folder, 0770); },
+        { false, [](const Paths &p) { return ::chmod(p[1], 0770); },
             "<unsafe> other users can write to it (mode 0770); run “chmod go-w” on it." },
-        { false, [](const Paths &p) { return ::chown(p.lock, 65534, 65534); },
+        { false, [](const Paths &p) { return ::chown(p[2], 65534, 65534); },
             "<unusable> it belongs to user 65534, not to this user (0)." },
     };
     const QString folder = QFileInfo(storePath()).absolutePath();
@@ -186,7 +183,7 @@ TEST_F(LinuxDNSSettingsManagerTest, AStoreThatCannotBeUsedSafelyNamesItsCauseAnd
         ASSERT_EQ(saveSlot(goodHttps), std::nullopt);
         const QString kept = c.moveAside ? storePath() + ".kept" : storePath();
         ASSERT_TRUE(!c.moveAside || QFile::rename(storePath(), kept));
-        if (c.arrange({ paths[0].constData(), paths[1].constData(), paths[2].constData() }) != 0) {
+        if (c.arrange({ paths[0].constData(), paths[1].constData(), paths[2].constData() })) {
             ASSERT_EQ(errno, EPERM) << "cannot arrange the case: " << std::strerror(errno);
             needRoot << c.description;
             continue;

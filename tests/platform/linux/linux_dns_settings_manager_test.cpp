@@ -53,19 +53,6 @@ TEST_F(LinuxDNSSettingsManagerTest, SavedConfigurationLoadsBackInAnotherManagerP
     EXPECT_EQ(other.dnsSettings(), std::nullopt);
 }
 
-// Every launch after the first saves the same configuration again: that must succeed, writing nothing.
-// Each save comes from a new manager: judged against the store, not against what one manager remembers.
-TEST_F(LinuxDNSSettingsManagerTest, SavingWhatIsStoredSucceedsAndWritesNothing)
-{
-    ASSERT_EQ(saveSlot(goodHttps), std::nullopt);
-    const ino_t before = statOf(storePath()).st_ino;
-    ASSERT_NE(before, 0u);
-    EXPECT_EQ(saveSlot(goodHttps), std::nullopt);
-    EXPECT_EQ(statOf(storePath()).st_ino, before);
-    EXPECT_EQ(saveSlot(httpsSettings("https://dns.example.test/other")), std::nullopt);
-    EXPECT_NE(statOf(storePath()).st_ino, before);
-}
-
 TEST_F(LinuxDNSSettingsManagerTest, InvalidSettingsAreRefusedWithCode1AndNothingIsWritten)
 {
     const auto rule = [](qint64 interfaceType, std::optional<QUrl> probe) {
@@ -137,6 +124,7 @@ TEST_F(LinuxDNSSettingsManagerTest, AStoreThatCannotBeUsedSafelyNamesItsCauseAnd
     using Paths = std::array<const char *, 3>; // slot, folder, lock
     // Each row turns a saved slot into one way the store can fail. <slot>, <folder>, <lock>: their paths;
     // <read>, <unsafe>, <unusable>: the start of a failure to read the slot, trust its folder, use its lock.
+    static const rlimit smallFiles { 64, RLIM_INFINITY };
     const struct
     {
         bool moveAside; // the saved file goes to <slot>.kept first, so that something else can take its place
@@ -144,11 +132,7 @@ TEST_F(LinuxDNSSettingsManagerTest, AStoreThatCannotBeUsedSafelyNamesItsCauseAnd
         const char *description;
     } cases[] = {
         // A write that stops short after 64 bytes and then fails, as on a nearly full disk.
-        { false,
-            [](const Paths &) {
-                const rlimit limit { 64, RLIM_INFINITY };
-                return ::setrlimit(RLIMIT_FSIZE, &limit);
-            },
+        { false, [](const Paths &) { return ::setrlimit(RLIMIT_FSIZE, &smallFiles); },
             "The DNS configuration could not be written to <slot>: File too large." },
         { false, [](const Paths &) { return ::setenv("BRIVANTA_DNS_SLOT_SYNC_ERRNO", "5", 1); },
             "The DNS configuration could not be written to <slot>: Input/output error." },

@@ -14,11 +14,9 @@ const QString endpoint = "https://dns.example.test/c7e091";
 SystemDnsObservation workingMachine()
 {
     SystemDnsObservation seen;
-    seen.phase = "applied";
+    seen.phase = "applied", seen.stack = "resolvconf", seen.canary = SystemDnsObservation::Canary::Answered;
     seen.appliedEndpoint = seen.forwarderEndpoint = endpoint;
-    seen.stack = "resolvconf";
     seen.routingKnown = seen.forwarderRunning = true;
-    seen.canary = SystemDnsObservation::Canary::Answered;
     return seen;
 }
 

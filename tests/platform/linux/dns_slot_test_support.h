@@ -20,18 +20,16 @@ protected:
     QString storePath() const { return m_dir.path() + "/brivanta/dns-slot.json"; }
 
     // Runs one of the manager's operations and waits for its completion (its worker runs it).
-    static Result finish(DNSSettingsManager &m, auto operation)
+    using M = DNSSettingsManager;
+    static Result finish(M &m, auto operation)
     {
         std::promise<Result> promise;
         (m.*operation)([&](Result error) { promise.set_value(std::move(error)); });
         return promise.get_future().get();
     }
-    static Result load(DNSSettingsManager &m) { return finish(m, &DNSSettingsManager::loadFromPreferences); }
-    static Result save(DNSSettingsManager &m) { return finish(m, &DNSSettingsManager::saveToPreferences); }
-    static Result remove(DNSSettingsManager &m)
-    {
-        return finish(m, &DNSSettingsManager::removeFromPreferences);
-    }
+    static Result load(M &m) { return finish(m, &M::loadFromPreferences); }
+    static Result save(M &m) { return finish(m, &M::saveToPreferences); }
+    static Result remove(M &m) { return finish(m, &M::removeFromPreferences); }
 
     // Saves through a manager of its own, as an earlier run of the app would have.
     Result saveSlot(

@@ -168,7 +168,6 @@ TEST_P(DnsApplyTest, EnableRoutesThroughTheForwarderAndPauseOrDisableGiveTheMach
         "# Written by brivanta-dns-apply. Local settings belong in dohd.local.conf beside it.\n"
         "endpoint = https://dns.example/q\nlisten = 127.0.0.153:53\nbootstrap = 192.0.2.1\n");
     EXPECT_EQ(helper().state().value("previousServers").toArray(), QJsonArray { "192.0.2.1" });
-    EXPECT_EQ(phase(), "applied");
 
     system.calls.clear();
     ASSERT_EQ(helper().pause(90), std::nullopt);
@@ -177,8 +176,7 @@ TEST_P(DnsApplyTest, EnableRoutesThroughTheForwarderAndPauseOrDisableGiveTheMach
     EXPECT_EQ(helper().state().value("pausedUntilMs").toInteger(), 1700000000000 + 90000);
     EXPECT_TRUE(system.calls.contains(QFileInfo::exists(root.path() + "/run/systemd/system")
             ? "systemd-run --on-active=90 --unit=brivanta-dns-resume --collect /helper resume"
-            : "resume in 90"))
-        << system.calls.join(" | ").toStdString();
+            : "resume in 90"));
     ASSERT_EQ(helper().resume(), std::nullopt);
     EXPECT_EQ(read(GetParam().routedFile), GetParam().routedText);
 

@@ -1,7 +1,5 @@
 // libFuzzer entry for the forwarder's DNS message handling: every parser on the same bytes, plus the
-// properties the forwarder relies on: a query that parses gets replies that parse back to its question,
-// a truncated answer fits the client's buffer, TTLs age exactly, cached answers come back with the asked
-// ID and expire, and TCP framing splits a stream wherever it is cut.
+// properties the forwarder relies on (replies, truncation, TTL ageing, cache, TCP framing).
 #include "forwarder/dns_cache.h"
 #include "forwarder/dns_message.h"
 

@@ -127,10 +127,8 @@ protected:
     void stopServer()
     {
         unbound.terminate();
-        if (unbound.state() != QProcess::NotRunning && !unbound.waitForFinished(5000)) {
-            unbound.kill();
-            unbound.waitForFinished(5000);
-        }
+        if (!unbound.waitForFinished(5000))
+            unbound.kill(), unbound.waitForFinished(5000);
     }
 
     // The server's endpoint and its --resolve pin, or the same name at another port (0: the server's).

@@ -15,7 +15,6 @@ const auto queryFor = [](const char *name) {
 const auto keyFor = [](const Query &q) {
     return CacheKey { q.question.name, q.question.type, q.question.klass, false };
 };
-// One A record with the given TTL, as upstream would send it.
 const auto answer = [](const Query &q, quint32 ttl) { return makeAddressReply(q, 0x0a000001, ttl); };
 
 void store(
@@ -57,7 +56,6 @@ TEST(DnsCache, AnswersAgeAndExpireWithTheirTtlCappedAtADayAndUncacheableOnesAreN
         store(cache, keyFor(q), c.response);
         EXPECT_EQ(ttlOf(cache, keyFor(q), t0 + c.after), c.left);
         EXPECT_EQ(cache.size(), c.left ? 1u : 0u) << "nothing uncacheable kept, an expired entry dropped";
-        EXPECT_EQ(cache.bytes() == 0, !c.left);
     }
 }
 

@@ -68,9 +68,9 @@ struct Daemon
     Daemon(const QString &url, const QString &pin, const QString &caFile)
     {
         process.start(QStringLiteral(BRIVANTA_DOHD_PATH),
-            { QStringLiteral("--listen"), QStringLiteral("127.0.0.1:%1").arg(port),
-                QStringLiteral("--upstream"), url, QStringLiteral("--resolve"), pin, QStringLiteral("--ca"),
-                caFile, QStringLiteral("--state-dir"), stateDir.path() });
+            QStringLiteral("--listen 127.0.0.1:%1 --upstream %2 --resolve %3 --ca %4 --state-dir %5")
+                .arg(QString::number(port), url, pin, caFile, stateDir.path())
+                .split(u' '));
         // health.json is written once the sockets listen.
         (void)QTest::qWaitFor(
             [&] { return QFile::exists(healthPath()) || process.state() == QProcess::NotRunning; }, 10000);

@@ -1,4 +1,3 @@
-#include "forwarder/canary.h"
 #include "forwarder/forwarder_config.h"
 
 #include <QTemporaryDir>
@@ -81,10 +80,4 @@ TEST(ForwarderConfig, BadLinesNameFileLineAndProblem)
             path + QStringLiteral(":2: ") + QString::fromUtf8(c.problem));
     }
     EXPECT_TRUE(ForwarderConfig().check().has_value()) << "an endpoint is required";
-}
-
-TEST(ForwarderConfig, CanaryAddressIsLoopbackFromTheHash)
-{
-    // SHA-256("secret" "abc") starts f6 ba 18 (python3 hashlib).
-    EXPECT_EQ(canaryAddress("secret", "abc"), 0x7ff6ba18u);
 }

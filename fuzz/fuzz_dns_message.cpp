@@ -1,10 +1,9 @@
 // libFuzzer entry for the forwarder's DNS message handling: every parser on the same bytes, plus the
-// properties the forwarder relies on: a query that parses gets replies that parse back to its question,
-// a truncated answer fits the client's buffer, TTLs age exactly, cached answers come back with the asked
-// ID and expire, and TCP framing splits a stream wherever it is cut.
+// properties the forwarder relies on (replies, truncation, TTL ageing, cache, TCP framing).
 #include "forwarder/dns_cache.h"
 #include "forwarder/dns_message.h"
 
+#include <QtEndian>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -20,12 +19,6 @@ void check(bool condition, const char *what)
         std::fprintf(stderr, "fuzz_dns_message: %s\n", what);
         std::abort();
     }
-}
-
-quint32 ttlAt(QByteArrayView message, quint16 offset)
-{
-    const auto *d = reinterpret_cast<const uchar *>(message.data()) + offset;
-    return (quint32(d[0]) << 24) | (quint32(d[1]) << 16) | (quint32(d[2]) << 8) | d[3];
 }
 
 void checkQuery(QByteArrayView bytes, const Query &query)
@@ -59,8 +52,9 @@ void checkResponse(QByteArrayView bytes, const ResponseInfo &info, quint32 elaps
     ageTtls(aged, info.ttlOffsets, elapsed);
     for (quint16 offset : info.ttlOffsets) {
         check(offset >= headerSize && offset + 4 <= bytes.size(), "TTL offset out of the message");
-        const quint32 before = ttlAt(bytes, offset);
-        check(ttlAt(aged, offset) == (before > elapsed ? before - elapsed : 0), "ageTtls arithmetic");
+        const quint32 before = qFromBigEndian<quint32>(bytes.data() + offset);
+        check(qFromBigEndian<quint32>(aged.constData() + offset) == (before > elapsed ? before - elapsed : 0),
+            "ageTtls arithmetic");
     }
 
     DnsCache cache(8, 1 << 20);

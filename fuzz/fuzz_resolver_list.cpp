@@ -1,6 +1,5 @@
-// libFuzzer entry for the text form of a profile list. Beyond "never crashes", it checks that a list
-// which decodes survives a round trip through its text form unchanged, and that the byte and text
-// entry points agree.
+// libFuzzer entry for the text form of a profile list: beyond "never crashes", a decoded list survives a
+// round trip through its text form, and the byte and text entry points agree.
 #include "model/fatal.h"
 #include "model/json_form.h"
 #include "model/resolver.h"

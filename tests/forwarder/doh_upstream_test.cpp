@@ -82,8 +82,8 @@ private:
 class DohUpstreamTest : public test::LocalDohTest
 {
 protected:
-    // The default attempt timeout: a loaded machine must not retry a healthy attempt, as the tests count
-    // connections exactly.
+    // The default attempt timeout: a loaded machine must not retry a healthy attempt (connections are
+    // counted).
     UpstreamSettings pinned(quint16 port = 0) const
     {
         return { QUrl(url(port)), {}, { pin(port) }, caFile() };
@@ -94,8 +94,7 @@ protected:
 
 TEST_F(DohUpstreamTest, ParallelQueriesShareOneConnectionWithoutTheSystemResolver)
 {
-    // doh.brivanta.test is known only to the local server's plain port; the system resolver cannot
-    // find it, and curl is not allowed to ask it.
+    // doh.brivanta.test is known only to the local server's plain port, never to the system resolver.
     const HostPort refusing { QHostAddress::LocalHost, test::freePort() };
     const HostPort plain { QHostAddress::LocalHost, plainPort };
     const struct
@@ -115,12 +114,10 @@ TEST_F(DohUpstreamTest, ParallelQueriesShareOneConnectionWithoutTheSystemResolve
         std::vector<Outcome> outcomes(300); // more than the upstream keeps handles for
         for (size_t i = 0; i < outcomes.size(); ++i)
             send(upstream, int(i), outcomes[i]);
-        EXPECT_EQ(outcomes[0].calls, 0) << "replied inside query()";
         EXPECT_TRUE(QTest::qWaitFor([&] { return succeeded.count() == 300; }, hangGuardMs));
         for (size_t i = 0; i < outcomes.size(); ++i) {
             ASSERT_TRUE(outcomes[i].answer) << i << ": " << qPrintable(outcomes[i].error);
             EXPECT_EQ(outcomes[i].calls, 1);
-            EXPECT_EQ(dns::messageId(*outcomes[i].answer), 0);
             EXPECT_EQ(test::addresses(*outcomes[i].answer), std::vector { 0xc0000200u + quint32(i % 20) })
                 << i;
         }
@@ -182,22 +179,4 @@ TEST_F(DohUpstreamTest, StalledConnectionIsReplacedAndTheQueryStillAnswered)
     upstream.reset();
     ASSERT_TRUE(ask(upstream, 3).answer);
     EXPECT_EQ(upstream.connectionsOpened(), 3u);
-}
-
-TEST_F(DohUpstreamTest, PendingRepliesAreDroppedWithTheUpstream)
-{
-    int calls = 0;
-    {
-        DohUpstream upstream(pinned());
-        for (int i = 0; i < 10; ++i)
-            upstream.query(dns::makeQuery(0, *dns::nameFromText("a.e2e.test"), dns::RRType::A),
-                [&calls](std::optional<QByteArray>, QString) { ++calls; });
-        QCoreApplication::processEvents(); // under way
-    }
-    // A leftover timer, notifier or deferred deletion of a dropped transfer would run here.
-    for (int i = 0; i < 3; ++i) {
-        QCoreApplication::processEvents();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    EXPECT_EQ(calls, 0);
 }

@@ -1,10 +1,22 @@
-#include "forwarder/canary.h"
 #include "forwarder/forwarder_config.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 using namespace brivanta;
+
+namespace {
+
+// A configuration file with the given text, read into a fresh config; the error if any.
+std::optional<QString> readConfig(ForwarderConfig &config, const QString &path, const QByteArray &text)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(text) == text.size());
+    file.close();
+    return config.readFile(path);
+}
+
+} // namespace
 
 TEST(ForwarderConfig, EndpointRuleAcceptsOnlyHttpsHostPortPath)
 {
@@ -26,19 +38,12 @@ TEST(ForwarderConfig, EndpointRuleAcceptsOnlyHttpsHostPortPath)
 TEST(ForwarderConfig, FileValues)
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("dohd.conf"));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("# written by the helper\n\n"
-               "endpoint = https://Dns.Example/dns-query\n"
-               "listen = [::1]:5353\n"
-               "bootstrap = 192.0.2.53 192.0.2.54:5300\n"
-               "resolve = dns.example:443:192.0.2.1\n"
-               "cache-entries = 5\n");
-    file.close();
-
     ForwarderConfig config;
-    ASSERT_EQ(config.readFile(path), std::nullopt);
+    ASSERT_EQ(readConfig(config, dir.filePath(QStringLiteral("dohd.conf")),
+                  "# helper\n\nendpoint = https://Dns.Example/dns-query\nlisten = [::1]:5353\n"
+                  "bootstrap = 192.0.2.53 192.0.2.54:5300\nresolve = dns.example:443:192.0.2.1\n"
+                  "cache-entries = 5\n"),
+        std::nullopt);
     EXPECT_EQ(config.check(), std::nullopt);
     EXPECT_EQ(config.endpointText, QStringLiteral("https://Dns.Example/dns-query"));
     EXPECT_EQ(config.listen, (HostPort { QHostAddress(QStringLiteral("::1")), 5353 }));
@@ -70,19 +75,9 @@ TEST(ForwarderConfig, BadLinesNameFileLineAndProblem)
         { "resolve = dns.example:443", "resolve must be host:port:address" },
     };
     for (const auto &c : cases) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write("endpoint = https://dns.example/\n");
-        file.write(c.line);
-        file.close();
         ForwarderConfig config;
-        EXPECT_EQ(config.readFile(path), path + QStringLiteral(":2: ") + QString::fromUtf8(c.problem));
+        EXPECT_EQ(readConfig(config, path, QByteArray("endpoint = https://dns.example/\n") + c.line),
+            path + QStringLiteral(":2: ") + QString::fromUtf8(c.problem));
     }
     EXPECT_TRUE(ForwarderConfig().check().has_value()) << "an endpoint is required";
-}
-
-TEST(ForwarderConfig, CanaryAddressIsLoopbackFromTheHash)
-{
-    // SHA-256("secret" "abc") starts f6 ba 18 (python3 hashlib).
-    EXPECT_EQ(canaryAddress("secret", "abc"), 0x7ff6ba18u);
 }

@@ -1,8 +1,7 @@
 #pragma once
 
-// A local DNS-over-HTTPS server for the forwarder's tests: unbound on loopback, HTTP/2 with a self-signed
-// certificate, plus a plain-DNS port that bootstraps can ask. It serves a few names from a static "test."
-// zone (anything else there is NXDOMAIN) and its own host.
+// A local DNS-over-HTTPS server for the forwarder's tests: unbound on loopback (HTTP/2, self-signed
+// certificate) plus a plain-DNS port for bootstraps, serving its own host and a static "test." zone.
 
 #include "forwarder/dns_message.h"
 
@@ -50,8 +49,7 @@ protected:
 
     static QString tool(const char *name)
     {
-        return QStandardPaths::findExecutable(
-            QLatin1String(name), { "/usr/sbin", "/usr/bin", "/sbin", "/bin" });
+        return QStandardPaths::findExecutable(QLatin1String(name), { "/usr/sbin", "/usr/bin" });
     }
 
     void SetUp() override
@@ -127,19 +125,15 @@ protected:
     void stopServer()
     {
         unbound.terminate();
-        if (unbound.state() != QProcess::NotRunning && !unbound.waitForFinished(5000)) {
+        if (!unbound.waitForFinished(5000))
             unbound.kill();
-            unbound.waitForFinished(5000);
-        }
+        unbound.waitForFinished(5000); // returns at once when it already ended
     }
 
     // The server's endpoint and its --resolve pin, or the same name at another port (0: the server's).
     QString url(quint16 port = 0) const { return at(port, "https://%1:%2/dns-query"); }
     QString pin(quint16 port = 0) const { return at(port, "%1:%2:127.0.0.1"); }
-    QString at(quint16 port, const char *f) const
-    {
-        return QString(f).arg(hostName).arg(port ? port : dohPort);
-    }
+    QString at(quint16 p, const char *f) const { return QString(f).arg(hostName).arg(p ? p : dohPort); }
     QString caFile() const { return dir.filePath(QStringLiteral("cert.pem")); }
 
     QTemporaryDir dir;

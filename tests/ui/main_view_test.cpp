@@ -28,142 +28,109 @@ struct MainViewTest : ::testing::Test
     UiHarness harness;
 };
 
-using OnboardingTest = MainViewTest;
-
-TEST_F(OnboardingTest, NextEightTimesReachesGetStartedAndANinthPressShowsTheMainScreen)
+// Below 744 points wide the phone layout, from 744 the tablet's; resizing across the line switches it. On
+// a phone the share sheet comes up from the bottom, on a tablet it is centred; either way inside the window.
+TEST_F(MainViewTest, TheStatusCardAddButtonAndShareSheetFollowTheIdiomAcrossTheTabletWidth)
 {
-    harness.start();
-    for (int page = 0; page < 9; ++page) {
-        SCOPED_TRACE(page);
-        EXPECT_EQ(harness.property("onboardingView", "currentPage"), page);
-        EXPECT_EQ(harness.property("onboardingButton"), page < 8 ? "Next" : "Get Started");
-        // Nothing of the main screen runs while the onboarding is shown.
-        EXPECT_EQ(harness.dnsSettingsManager.count(Load), 0);
-        EXPECT_EQ(harness.preferences.writes, 0);
-        harness.click(harness.item("onboardingButton"));
-    }
-    EXPECT_FALSE(harness.items("mainView").isEmpty());
-    EXPECT_TRUE(harness.items("onboardingView").isEmpty());
-    // The main screen appeared: status refresh, then the launch counter.
-    EXPECT_EQ(harness.dnsSettingsManager.count(Load), 1);
-    EXPECT_EQ(harness.preferences.integerForKey("launchCount"), 1);
-}
-
-// Below 744 points wide the phone layout, from 744 the tablet's; resizing across the line switches it.
-TEST_F(MainViewTest, StatusCardAndAddButtonFollowTheIdiomAcrossTheTabletWidth)
-{
-    harness.start(QSize(743, 900), false);
+    harness.start(QSize(393, 852), false);
     for (const auto &[width, factor, buttonWidth] :
-        { std::tuple(743, 0.9, 300), std::tuple(744, 0.4, 400) }) {
+        { std::tuple(393, 0.9, 300), std::tuple(743, 0.9, 300), std::tuple(744, 0.4, 400) }) {
         SCOPED_TRACE(width);
-        harness.window().resize(width, 900);
+        harness.window().resize(width, 852);
         harness.settle();
-        // The card is drawn 20 in from each side of its fixed frame, and fits in its height.
+        // The card is drawn 20 in from each side of its fixed frame.
         QQuickItem *card = harness.item("statusCardBody");
         EXPECT_DOUBLE_EQ(card->width(), width * factor - 40);
-        EXPECT_LT(card->height(), harness.item("statusCard")->height());
         EXPECT_NEAR(card->mapToScene(QPointF(card->width() / 2, 0)).x(), width / 2.0, 0.5);
         EXPECT_DOUBLE_EQ(harness.item("addButton")->width(), buttonWidth);
+
+        harness.click(harness.item("shareButton"));
+        // The sheet exists only while it is shown: closing it destroys the item.
+        const QPointer<QQuickItem> sheet = harness.item("shareText");
+        QTRY_VERIFY(sheet->isVisible());
+        EXPECT_TRUE(sheet->property("plainText").toString().startsWith("🚀 Check out Brivanta 1.0.0! 🎉\n"));
+        EXPECT_EQ(harness.property("shareLink"), "https://apps.apple.com/app/id6742517203");
+        QQuickItem *close = harness.item("closeShareButton");
+        EXPECT_TRUE(QRectF(0, 0, width, 852).contains(close->mapRectToScene(close->boundingRect())));
+        QTest::keyClick(&harness.window(), Qt::Key_Escape);
+        EXPECT_FALSE(harness.shareSheet.isVisible());
+        QTRY_VERIFY(!sheet || !sheet->isVisible());
     }
 }
 
-// The button acts on the press (the release comes 0.1 s later), then turns into a disabled "Settings
-// Added" that ignores clicks; the status follows what the platform reports.
+// The button turns into a disabled "Settings Added" that ignores clicks; the status follows the platform.
 TEST_F(MainViewTest, AddingTheSettingsShowsSettingsAddedAndTheStatusEnabledInGreen)
 {
     harness.start(ContentWindow::phoneSize, false);
     QQuickItem *button = harness.item("addButton");
-    EXPECT_EQ(button->property("text"), "Add Network Settings");
-    EXPECT_EQ(harness.property("statusSymbol", "symbol"), "shield.slash");
-    EXPECT_EQ(harness.property("statusText"), "Disabled");
-
     harness.click(button);
     EXPECT_EQ(harness.dnsSettingsManager.count(Save), 1);
-    EXPECT_TRUE(button->property("isPressed").toBool());
-    QTRY_VERIFY(!button->property("isPressed").toBool());
     harness.dnsSettingsManager.setEnabled(true);
     harness.dnsSettingsManager.release(Save);
     harness.dnsSettingsManager.release(Load);
     harness.runMainQueue();
 
     EXPECT_EQ(button->property("text"), "Settings Added");
-    EXPECT_EQ(button->property("symbol"), "checkmark.circle.fill");
     EXPECT_FALSE(button->isEnabled());
     harness.click(button);
     EXPECT_EQ(harness.dnsSettingsManager.count(Save), 1);
-    EXPECT_FALSE(button->property("isPressed").toBool());
-
     EXPECT_EQ(harness.property("statusSymbol", "symbol"), "shield.checkerboard");
-    // The symbol switches at once; the pill's colours animate.
-    EXPECT_EQ(harness.property("statusSymbol", "color").value<QColor>(), green);
     EXPECT_EQ(harness.property("statusText"), "Enabled");
+    // The pill's colours animate.
     QTRY_COMPARE(harness.property("statusText", "color").value<QColor>(), green);
 }
 
-// Which controls Tab reaches is the layout test's; here, what a swipe and the keys do.
-TEST_F(MainViewTest, SwipesAndKeysTurnPagesPressButtonsAndScroll)
+// Which controls Tab reaches is the layout test's; here, what the keys do.
+TEST_F(MainViewTest, KeysTurnPagesDismissTheFifthLaunchsRatingPromptScrollAndPressButtons)
 {
+    harness.preferences.setInteger(4, "launchCount");
     harness.start();
     QWindow *window = &harness.window();
     window->requestActivate();
     ASSERT_TRUE(QTest::qWaitForWindowActive(window));
-    QQuickItem *pager = harness.item("onboardingPager");
-    const QPoint start = pager->mapToScene(QPointF(pager->width() * 0.8, pager->height() / 2)).toPoint();
-    QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, start);
-    for (int step = 1; step <= 10; ++step)
-        QTest::mouseMove(window, start - QPoint(step * 25, 0), 10);
-    QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier, start - QPoint(250, 0), 10);
-    QTRY_COMPARE(harness.property("onboardingView", "currentPage").toInt(), 1);
     QTest::keyClick(window, Qt::Key_Right);
-    EXPECT_EQ(harness.property("onboardingView", "currentPage"), 2);
     QTest::keyClick(window, Qt::Key_Return);
-    EXPECT_EQ(harness.property("onboardingView", "currentPage"), 3);
+    EXPECT_EQ(harness.property("onboardingView", "currentPage"), 2);
     harness.leaveOnboarding();
-
-    QQuickItem *scrollView = harness.item("mainScrollView");
-    const auto contentY = [&] { return scrollView->property("contentY").toReal(); };
-    const qreal bottom = scrollView->property("contentHeight").toReal() - scrollView->height();
-    QTest::keyClick(window, Qt::Key_End);
-    EXPECT_DOUBLE_EQ(contentY(), bottom);
-    QTest::keyClick(window, Qt::Key_PageUp);
-    EXPECT_NEAR(contentY(), bottom - scrollView->height() + 40, 0.5);
-    QTest::keyClick(window, Qt::Key_Home);
-    EXPECT_DOUBLE_EQ(contentY(), 0);
-
+    // The fifth appearance of the main screen asks for a rating.
+    QTRY_VERIFY(harness.item("writeReviewButton")->isVisible());
+    QTest::keyClick(window, Qt::Key_Escape);
+    EXPECT_FALSE(harness.ratingPrompt.isVisible());
     // The first stop is the add button; Space presses it.
     QTest::keyClick(window, Qt::Key_Tab);
-    EXPECT_EQ(harness.window().activeFocusItem(), harness.item("addButton"));
     QTest::keyClick(window, Qt::Key_Space);
     EXPECT_EQ(harness.dnsSettingsManager.count(Save), 1);
+    QQuickItem *scrollView = harness.item("mainScrollView");
+    QTest::keyClick(window, Qt::Key_End);
+    EXPECT_DOUBLE_EQ(scrollView->property("contentY").toReal(),
+        scrollView->property("contentHeight").toReal() - scrollView->height());
+    QTest::keyClick(window, Qt::Key_Home);
+    EXPECT_DOUBLE_EQ(scrollView->property("contentY").toReal(), 0);
 }
 
-// The sorting, threshold and texts are the model's (tests/dns); here, that the view shows them in their
-// colours.
+// Sorting, threshold and texts are the model's (tests/dns); here, that the view shows them in colour.
 TEST_F(MainViewTest, TheScoreAndEachResultRowShowInTheirColours)
 {
     harness.start(ContentWindow::phoneSize, false);
     harness.click(harness.item("testButton"));
-    QQuickItem *busy = harness.item("testBusyIndicator");
-    EXPECT_TRUE(busy->isVisible());
     const auto isOpen = [](const QString &host) { return host == "outbrain.com" || host == "taboola.com"; };
     harness.httpClient.completeAll([&](const QUrl &url) {
         return isOpen(url.host()) ? testing::httpStatus(200)
                                   : testing::transportError(NSURLErrorCannotFindHost);
     });
     harness.runMainQueue();
-    EXPECT_FALSE(busy->isVisible());
+    EXPECT_FALSE(harness.item("testBusyIndicator")->isVisible());
 
-    ASSERT_TRUE(harness.item("scoreText")->isVisible());
     EXPECT_EQ(harness.property("scoreText"), "Blocking Score: 80%");
     EXPECT_EQ(harness.property("scoreText", "color").value<QColor>(), green);
     const QList<QQuickItem *> rows = harness.items("resultRow");
     ASSERT_EQ(rows.size(), 10);
     for (QQuickItem *row : rows) {
         const QString host = row->childItems().at(0)->property("text").toString();
+        SCOPED_TRACE(host.toStdString());
         const QQuickItem *label = row->childItems().at(1);
-        EXPECT_EQ(label->property("plainText"), isOpen(host) ? "❌ Not Blocked" : "✅ Blocked")
-            << host.toStdString();
-        EXPECT_EQ(label->property("color").value<QColor>(), isOpen(host) ? red : green) << host.toStdString();
+        EXPECT_EQ(label->property("plainText"), isOpen(host) ? "❌ Not Blocked" : "✅ Blocked");
+        EXPECT_EQ(label->property("color").value<QColor>(), isOpen(host) ? red : green);
     }
 }
 
@@ -173,8 +140,6 @@ TEST_F(MainViewTest, EachLinkButtonOpensItsPageAndThePromotionPagerOpensOnOrvind
     testing::UrlRecorder links;
     harness.start(ContentWindow::phoneSize, false);
     QQuickItem *pager = harness.item("promotionSwipeView");
-    EXPECT_EQ(pager->property("currentIndex"), 0);
-    EXPECT_EQ(pager->property("count"), 2);
     harness.click(harness.item("orvindoPromoCard")->findChild<QQuickItem *>("storeBadge"));
     pager->setProperty("currentIndex", 1);
     QQuickItem *velloquin = harness.item("velloquinPromoCard");
@@ -191,45 +156,6 @@ TEST_F(MainViewTest, EachLinkButtonOpensItsPageAndThePromotionPagerOpensOnOrvind
     EXPECT_TRUE(QUrlQuery(links.opened[3]).queryItemValue("subject").endsWith(" - Brivanta"));
 }
 
-// On a phone the sheet comes up from the bottom; on a tablet it is centred.
-TEST(MainViewShareSheet, ShareAppOpensTheSheetInsideTheWindowAndEscapeClosesIt)
-{
-    for (const QSize size : { ContentWindow::phoneSize, ContentWindow::tabletSize }) {
-        SCOPED_TRACE(size.width());
-        UiHarness harness;
-        harness.start(size, false);
-        harness.click(harness.item("shareButton"));
-        // The sheet exists only while it is shown: closing it destroys the item.
-        const QPointer<QQuickItem> sheet = harness.item("shareText");
-        ASSERT_TRUE(harness.shareSheet.isVisible());
-        QTRY_VERIFY(sheet->isVisible());
-        harness.settle();
-
-        EXPECT_TRUE(sheet->property("plainText").toString().startsWith("🚀 Check out Brivanta 1.0.0! 🎉\n"));
-        EXPECT_EQ(harness.item("shareLink")->property("text"), "https://apps.apple.com/app/id6742517203");
-        // The whole sheet, down to its buttons, lies inside the window.
-        QQuickItem *close = harness.item("closeShareButton");
-        EXPECT_TRUE(QRectF(QPointF(0, 0), size).contains(close->mapRectToScene(close->boundingRect())));
-        QQuickItem *panel = sheet->parentItem();
-        EXPECT_NEAR(panel->mapRectToScene(panel->boundingRect()).center().x(), size.width() / 2.0, 1);
-
-        QTest::keyClick(&harness.window(), Qt::Key_Escape);
-        EXPECT_FALSE(harness.shareSheet.isVisible());
-        QTRY_VERIFY(!sheet || !sheet->isVisible());
-    }
-}
-
-TEST_F(MainViewTest, TheFifthAppearanceShowsTheRatingPromptAndEscapeDismissesIt)
-{
-    harness.preferences.setInteger(4, "launchCount");
-    harness.start(ContentWindow::phoneSize, false);
-    ASSERT_TRUE(harness.ratingPrompt.isVisible());
-    QTRY_VERIFY(harness.item("writeReviewButton")->isVisible());
-
-    QTest::keyClick(&harness.window(), Qt::Key_Escape);
-    EXPECT_FALSE(harness.ratingPrompt.isVisible());
-}
-
 // Every entry of the shipped German catalogue is finished, so a German locale never falls back to English.
 TEST_F(MainViewTest, UnderAGermanLocaleTheLabelsAreGerman)
 {
@@ -237,26 +163,17 @@ TEST_F(MainViewTest, UnderAGermanLocaleTheLabelsAreGerman)
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QString catalogue = QString::fromUtf8(file.readAll());
     EXPECT_GE(catalogue.count("<translation>"), 39);
-    // Neither unfinished nor obsolete nor empty.
-    EXPECT_FALSE(catalogue.contains("<translation type="));
-    EXPECT_FALSE(catalogue.contains(QRegularExpression("<translation>\\s*</translation>")));
+    EXPECT_FALSE(catalogue.contains(QRegularExpression("<translation( type=|>\\s*</translation>)")));
 
-    QTranslator english;
-    EXPECT_FALSE(BrivantaApp::installTranslator(
-        *QCoreApplication::instance(), english, QLocale(QLocale::English, QLocale::UnitedStates)));
     QTranslator german;
-    ASSERT_TRUE(BrivantaApp::installTranslator(
-        *QCoreApplication::instance(), german, QLocale(QLocale::German, QLocale::Germany)));
+    ASSERT_TRUE(BrivantaApp::installTranslator(*QCoreApplication::instance(), german, QLocale("de_DE")));
     // The percent sign and the argument's place differ in German.
     EXPECT_EQ(MainViewModel::scoreTextFor(85), "Blockierquote: 85 %");
-    harness.start();
-    EXPECT_EQ(harness.property("onboardingButton"), "Weiter");
-    harness.leaveOnboarding();
+    harness.start(ContentWindow::phoneSize, false);
     EXPECT_EQ(harness.property("statusText"), "Deaktiviert");
     // The button's and the table's texts stay as they are, so that the first step names the button.
     EXPECT_EQ(harness.property("addButton"), "Add Network Settings");
-    EXPECT_EQ(
-        harness.items("instructionText").first()->property("text"), "Press 'Add Network Settings' above.");
+    EXPECT_EQ(harness.property("instructionText"), "Press 'Add Network Settings' above.");
     QCoreApplication::removeTranslator(&german);
 }
 

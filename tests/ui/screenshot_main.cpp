@@ -1,6 +1,5 @@
-// Writes the README's screenshots: the real QML module in a real window, over the scripted services of
-// the UI tests, so that no DNS slot is touched and no probe leaves the machine. Run under a display
-// (scripts/screenshots.sh uses Xvfb): brivanta_screenshots <output directory>
+// Writes the README's screenshots over the UI tests' scripted services (no DNS slot touched, no probe
+// sent). Run under a display (scripts/screenshots.sh uses Xvfb): brivanta_screenshots <output directory>
 
 #include "ui/brivanta_app.h"
 #include "ui_harness.h"
@@ -59,8 +58,7 @@ int main(int argc, char *argv[])
     bool ok = true;
     const auto shoot = [&](const QString &name, QSize size, const Scenario &scenario) {
         UiHarness harness;
-        // On Linux a disabled card says why, and offers the switch.
-        harness.withSystemSwitch = name.contains(QLatin1String("linux"));
+        harness.withSystemSwitch = name.contains(QLatin1String("linux")); // says why, offers the switch
         harness.start(size);
         scenario(harness);
         QTest::qWait(900); // long enough for the pager's and the pill's animations to finish
@@ -72,30 +70,20 @@ int main(int argc, char *argv[])
     };
     const Scenario onboardingFirst = [](UiHarness &) {};
     const Scenario mainEnabled = [](UiHarness &h) { showWholeMainScreen(h, true); };
-    const std::pair<QString, Scenario> scenarios[] = {
-        { "onboarding-first", onboardingFirst },
+    const std::pair<QString, Scenario> scenarios[] = { { "onboarding-first", onboardingFirst },
         { "onboarding-last",
-            [](UiHarness &h) { h.item(QStringLiteral("onboardingPager"))->setProperty("currentIndex", 8); } },
+            [](UiHarness &h) { h.item("onboardingPager")->setProperty("currentIndex", 8); } },
         { "main-disabled", [](UiHarness &h) { showWholeMainScreen(h, false); } },
-        { "main-enabled", mainEnabled },
-        { "main-results", showResults },
-        { "share-sheet",
-            [](UiHarness &h) {
-                h.leaveOnboarding();
-                h.click(h.item(QStringLiteral("shareButton")));
-            } },
-    };
-    for (const auto &[suffix, size] :
-        { std::pair("phone", ContentWindow::phoneSize), std::pair("tablet", ContentWindow::tabletSize) }) {
+        { "main-enabled", mainEnabled }, { "main-results", showResults },
+        { "share-sheet", [](UiHarness &h) { h.leaveOnboarding(), h.click(h.item("shareButton")); } } };
+    for (const QSize size : { ContentWindow::phoneSize, ContentWindow::tabletSize }) {
         for (const auto &[name, scenario] : scenarios)
-            shoot(name + "-" + suffix, size, scenario);
+            shoot(name + (size == ContentWindow::phoneSize ? "-phone" : "-tablet"), size, scenario);
     }
 
     // The onboarding and main screen in German, as a German locale shows them.
     QTranslator german;
-    ok = brivanta::BrivantaApp::installTranslator(
-             application, german, QLocale(QLocale::German, QLocale::Germany))
-        && ok;
+    ok &= brivanta::BrivantaApp::installTranslator(application, german, QLocale("de_DE"));
     shoot("onboarding-first-phone-de", ContentWindow::phoneSize, onboardingFirst);
     shoot("main-enabled-phone-de", ContentWindow::phoneSize, mainEnabled);
     QCoreApplication::removeTranslator(&german);

@@ -24,8 +24,8 @@ UiHarness::~UiHarness()
 
 void UiHarness::start(QSize size, bool onboarding)
 {
-    bundle.dictionary.insert(QStringLiteral("CFBundleName"), QStringLiteral("Brivanta"));
-    bundle.dictionary.insert(QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.0.0"));
+    bundle.dictionary.insert("CFBundleName", "Brivanta");
+    bundle.dictionary.insert("CFBundleShortVersionString", "1.0.0");
     m_model = std::make_unique<MainViewModel>(MainViewModel::Dependencies { .manager = dnsSettingsManager,
         .mainQueue = mainQueue,
         .environment = environment,

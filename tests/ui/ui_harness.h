@@ -36,11 +36,9 @@ public:
     FakePreferences preferences;
     FakeBundleInfo bundle;
     FakeLocaleInfo locale;
-    DesktopDevice device { QStringLiteral("ThinkPad X1"), QStringLiteral("Debian GNU/Linux"),
-        QStringLiteral("12") };
+    DesktopDevice device { "ThinkPad X1", "Debian GNU/Linux", "12" };
     DesktopShareSheet shareSheet;
-    DesktopRatingPrompt ratingPrompt { QUrl(
-        QStringLiteral("https://apps.apple.com/app/id6742517203?action=write-review")) };
+    DesktopRatingPrompt ratingPrompt { QUrl("https://apps.apple.com/app/id6742517203?action=write-review") };
     DesktopApplicationServices application { device, shareSheet, ratingPrompt };
     // Set before start: the status card explains and offers the switch, as on Linux.
     FakeSystemDnsSwitch systemSwitch;

@@ -54,9 +54,7 @@ TEST(ContactSupport, OpensOneMailToSupportWithTheFixedSubjectAndBody)
 {
     GermanUser user;
     EXPECT_TRUE(user.link().startsWith(QByteArray("mailto:") + build::supportMailbox
-        + "?subject=%F0%9F%9A%80%20Support%20Request%20-%20Brivanta&body=Hello%20Support%20Team,%20%F0%9F%91%"
-          "8B%0A"))
-        << user.link().toStdString();
+        + "?subject=%F0%9F%9A%80%20Support%20Request%20-%20Brivanta&body="));
     EXPECT_EQ(user.body(),
         "Hello Support Team, 👋\n\nI need assistance with Brivanta. Below are my app and device details:\n\n"
         "📱 App Info\n- App Name: Brivanta\n- Version: 1.0\n\n🔧 Device Info\n- Model: iPhone\n"
@@ -145,31 +143,16 @@ TEST(ShareApp, PresentsTextThenStoreLinkOnTheRootControllerAnimatedAsAPopoverWhe
     }
 }
 
-TEST(ShareApp, WithoutARootInTheFirstWindowOfTheFirstWindowSceneDoesNothingAndTriesNoOther)
-{
-    FakeApplicationServices noWindow, noRoot;
-    noWindow.addScene<FakeWindowScene>();
-    auto &scene = noRoot.addScene<FakeWindowScene>();
-    scene.addWindow().root.reset();
-    const FakeViewController *bystanders[]
-        = { &noWindow.addWindowSceneWithRoot(), scene.addWindow().root.get() };
-    for (FakeApplicationServices *application : { &noWindow, &noRoot })
-        shareApp(FakeBundleInfo(), *application);
-    for (const FakeViewController *bystander : bystanders)
-        EXPECT_TRUE(bystander->presented.empty());
-}
-
 TEST(LaunchCounter, CountsEveryAppearanceAndAsksForAReviewOnEveryFifthInTheFirstScene)
 {
     FakePreferences preferences;
     FakeApplicationServices application;
     // The prompt needs only the scene, not a window in it (windows matter to the share sheet).
     auto &scene = application.addScene<FakeWindowScene>();
-    const std::vector<std::size_t> expectedRequests { 0, 0, 0, 0, 1, 1, 1, 1, 1, 2, 2 };
     for (int appearance = 1; appearance <= 11; ++appearance) {
         incrementLaunchCount(preferences, application);
         EXPECT_EQ(preferences.integerForKey("launchCount"), appearance);
-        EXPECT_EQ(application.reviewRequests.size(), expectedRequests[appearance - 1]) << appearance;
+        EXPECT_EQ(application.reviewRequests.size(), std::size_t(appearance / 5)) << appearance;
     }
     EXPECT_EQ(application.reviewRequests, (std::vector<WindowScene *> { &scene, &scene }));
 }

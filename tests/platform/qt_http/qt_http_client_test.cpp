@@ -10,8 +10,7 @@
 #include <QThread>
 #include <gtest/gtest.h>
 
-// LeakSanitizer hook. OpenSSL now and then keeps a per-thread error record of a thread that Qt's
-// network stack has ended; that memory belongs to libcrypto, not to us.
+// For LeakSanitizer: OpenSSL may keep an error record of a thread Qt's network stack has ended.
 extern "C" const char *__lsan_default_suppressions()
 {
     return "leak:libcrypto.so\n";
@@ -67,11 +66,9 @@ bool allConnectionsClose(const LoopbackHttpServer &server)
 
 TEST(QtHttpClient, EachRequestEndsOnceOffTheCallersThreadWithTheFinalStatusOrAnError)
 {
-    const auto redirectTo = [](int final) {
-        return [=](const QByteArray &target) {
-            return target == "/final" ? LoopbackHttpServer::status(final)
-                                      : LoopbackHttpServer::redirect(301, "/final");
-        };
+    const auto toMissing = [](const QByteArray &target) {
+        return target == "/gone" ? LoopbackHttpServer::status(404)
+                                 : LoopbackHttpServer::redirect(301, "/gone");
     };
     const QByteArray head = "HTTP/1.1 200 OK\r\nX-Padding: " + QByteArray(200, 'p') + "\r\n\r\n";
     const struct
@@ -84,8 +81,7 @@ TEST(QtHttpClient, EachRequestEndsOnceOffTheCallersThreadWithTheFinalStatusOrAnE
         int requests;
         bool neverFinishes; // the connection must still be dropped
     } cases[] = {
-        { "301 to 200", redirectTo(200), 2s, 0, 200, 2, false },
-        { "301 to 404", redirectTo(404), 2s, 0, 404, 2, false },
+        { "301 to 404", toMissing, 2s, 0, 404, 2, false },
         // The first request and sixteen redirects.
         { "redirect loop", always(LoopbackHttpServer::redirect(302, "/again")), 2s,
             NSURLErrorHTTPTooManyRedirects, 302, 17, false },

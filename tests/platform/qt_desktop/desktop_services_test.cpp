@@ -28,17 +28,13 @@ TEST(DesktopShareSheet, CopyAndSendByEmailShareTheTextThenTheLinkAndClose)
 {
     testing::UrlRecorder recorder;
     DesktopShareSheet sheet;
-    const auto present = [&](const QString &text) {
-        sheet.present({ { text, QUrl(storePage) }, std::nullopt });
-    };
-    const QString shared = "Ads & trackers? 🚀 Gone!\n\n" + storePage;
-
-    present("Ads & trackers? 🚀 Gone!\n\n");
+    const QString text = "Ads & trackers? 🚀 Gone!\n\n", shared = text + storePage;
+    sheet.present({ { text, QUrl(storePage) }, std::nullopt });
     sheet.copyToClipboard();
     EXPECT_EQ(QGuiApplication::clipboard()->text(), shared);
     EXPECT_FALSE(sheet.isVisible());
 
-    present("Ads & trackers? 🚀 Gone!\n\n");
+    sheet.present({ { text, QUrl(storePage) }, std::nullopt });
     sheet.sendByEmail();
     ASSERT_EQ(recorder.opened.size(), 1u);
     EXPECT_EQ(recorder.opened[0].toString(QUrl::RemoveQuery), "mailto:");
@@ -47,7 +43,7 @@ TEST(DesktopShareSheet, CopyAndSendByEmailShareTheTextThenTheLinkAndClose)
     EXPECT_FALSE(sheet.isVisible());
 
     // Text that does not end in a line feed gets one before the link.
-    present("No trailing line feed");
+    sheet.present({ { "No trailing line feed", QUrl(storePage) }, std::nullopt });
     EXPECT_EQ(sheet.sharedText(), "No trailing line feed\n" + storePage);
 }
 
@@ -59,25 +55,19 @@ TEST(DesktopApplicationServices, PresentsOnlyWhileAWindowIsOpenAndThePromptOpens
     DesktopRatingPrompt ratingPrompt(review);
     DesktopApplicationServices application { device, shareSheet, ratingPrompt };
     testing::FakePreferences preferences;
-    const auto appearFiveTimes = [&] {
+    const auto shareAndAppearFiveTimes = [&] {
+        shareApp(testing::FakeBundleInfo(), application);
         for (int appearance = 1; appearance <= 5; ++appearance)
             incrementLaunchCount(preferences, application);
+        return std::pair { shareSheet.isVisible(), ratingPrompt.isVisible() };
     };
 
-    // Before the window, and after it has closed.
-    for (const bool closedWindow : { false, true }) {
-        if (closedWindow)
-            application.setWindow(std::make_unique<QWindow>().get());
-        shareApp(testing::FakeBundleInfo(), application);
-        appearFiveTimes();
-        EXPECT_FALSE(shareSheet.isVisible()) << closedWindow;
-        EXPECT_FALSE(ratingPrompt.isVisible()) << closedWindow;
-    }
-
+    EXPECT_EQ(shareAndAppearFiveTimes(), std::pair(false, false)) << "before the window";
+    application.setWindow(std::make_unique<QWindow>().get());
+    EXPECT_EQ(shareAndAppearFiveTimes(), std::pair(false, false)) << "after the window has closed";
     QWindow window;
     application.setWindow(&window);
-    appearFiveTimes();
-    ASSERT_TRUE(ratingPrompt.isVisible());
+    ASSERT_EQ(shareAndAppearFiveTimes(), std::pair(true, true));
     ratingPrompt.openReview();
     EXPECT_EQ(recorder.opened, std::vector { review });
     EXPECT_FALSE(ratingPrompt.isVisible());
@@ -86,19 +76,13 @@ TEST(DesktopApplicationServices, PresentsOnlyWhileAWindowIsOpenAndThePromptOpens
 TEST(SettingsPreferences, TheLaunchCountSurvivesIntoANewStoreAndADamagedOneCountsAgainFromOne)
 {
     QTemporaryDir directory;
-    const QString file = directory.filePath("Brivanta.conf");
-    const QString key = "launchCount";
+    const QString file = directory.filePath("Brivanta.conf"), key = "launchCount";
     testing::FakeApplicationServices application;
-    {
-        SettingsPreferences first(file);
-        for (int appearance = 1; appearance <= 3; ++appearance)
-            incrementLaunchCount(first, application);
-        // A second store on the same file sees each write at once, before the first goes away.
-        EXPECT_EQ(SettingsPreferences(file).integerForKey(key), 3);
-    }
-    SettingsPreferences second(file);
-    incrementLaunchCount(second, application);
-    EXPECT_EQ(SettingsPreferences(file).integerForKey(key), 4);
+    SettingsPreferences first(file);
+    for (int appearance = 1; appearance <= 3; ++appearance)
+        incrementLaunchCount(first, application);
+    // A second store on the same file sees each write at once, before the first goes away.
+    EXPECT_EQ(SettingsPreferences(file).integerForKey(key), 3);
 
     for (const char *damaged : { "five", "2.5", "", "99999999999999999999", "0x10" }) {
         QSettings(file, QSettings::NativeFormat).setValue(key, QString::fromUtf8(damaged));

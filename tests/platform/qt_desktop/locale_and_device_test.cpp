@@ -34,43 +34,36 @@ TEST(MachineInfo, TheModelIsTheTrimmedProductNameAndTheSystemTheDistributionsOrL
     QTemporaryDir directory;
     const QString missing = directory.filePath("missing");
     const auto write = [&](const QByteArray &content) {
-        const QString path = directory.filePath("file");
-        QFile file(path);
+        QFile file(directory.filePath("file"));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-        return path;
+        return file.fileName();
     };
     EXPECT_EQ(linuxMachineModel(write("  ThinkPad X1 Carbon Gen 11\n")), "ThinkPad X1 Carbon Gen 11");
     EXPECT_EQ(linuxMachineModel(write(" \n")), "Linux PC");
     EXPECT_EQ(linuxMachineModel(missing), "Linux PC");
 
-    const struct
-    {
-        const char *content; // nullptr: no file
-        QString name;
-        QString version;
-    } cases[]
+    // os-release content (nullptr: no file), then the name and version read from it.
+    const std::tuple<const char *, QString, QString> cases[]
         = { { "PRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\nNAME=\"Debian GNU/Linux\"\nVERSION_ID=\"12\"\n"
               "# NAME=commented out\n",
                 "Debian GNU/Linux", "12" },
-              { "NAME=Fedora\nVERSION_ID=40\n", "Fedora", "40" },
-              { "NAME='Say \\'hi\\''\nVERSION_ID=\"1\"\n", "Say 'hi'", "1" },
+              { "NAME='Say \\'hi\\''\nVERSION_ID=1\n", "Say 'hi'", "1" },
               { "ID=arch\n", "Linux", QSysInfo::kernelVersion() },
               { nullptr, "Linux", QSysInfo::kernelVersion() } };
-    for (const auto &c : cases) {
-        const OsRelease release = linuxOsRelease(c.content ? write(c.content) : missing);
-        EXPECT_EQ(release.name, c.name) << (c.content ? c.content : "no file");
-        EXPECT_EQ(release.version, c.version) << (c.content ? c.content : "no file");
+    for (const auto &[content, name, version] : cases) {
+        const OsRelease release = linuxOsRelease(content ? write(content) : missing);
+        EXPECT_EQ(std::pair(release.name, release.version), std::pair(name, version))
+            << (content ? content : "");
     }
 }
 
 TEST(SceneGraphBackend, SoftwareForACpuRasterizerOrNoOpenGLAndNeverOverTheUsersChoice)
 {
-    const std::pair<const char *, bool> renderers[] = { { "llvmpipe (LLVM 15.0.6, 256 bits)", true },
-        { "softpipe", true }, { "Software Rasterizer", true }, { "Mesa X11 swrast", true },
-        { "SWR (LLVM 11.0.1, 256 bits)", true }, { "D3D12 (Microsoft Basic Render Driver)", true },
-        { "", true }, { "Mesa Intel(R) UHD Graphics 620 (KBL GT2)", false },
-        { "AMD Radeon RX 6600 (navi23, LLVM 15.0.6, DRM 3.49, 6.1.0-13-amd64)", false },
-        { "virgl (Virtio-GPU)", false }, { "SVGA3D; build: RELEASE; LLVM;", false } };
+    const std::pair<const char *, bool> renderers[]
+        = { { "llvmpipe (LLVM 15.0.6, 256 bits)", true }, { "Mesa X11 swrast", true },
+              { "SWR (LLVM 11.0.1, 256 bits)", true }, { "D3D12 (Microsoft Basic Render Driver)", true },
+              { "", true }, { "AMD Radeon RX 6600 (navi23, LLVM 15.0.6, DRM 3.49, 6.1.0-13-amd64)", false },
+              { "SVGA3D; build: RELEASE; LLVM;", false } };
     for (const auto &[renderer, software] : renderers) {
         EXPECT_EQ(prefersSoftwareSceneGraph(false, renderer), software) << renderer;
         EXPECT_FALSE(prefersSoftwareSceneGraph(true, renderer)) << renderer;

@@ -15,22 +15,19 @@ class UrlRecorder final : public QObject
 public:
     UrlRecorder()
     {
-        for (const char *scheme : schemes)
-            QDesktopServices::setUrlHandler(QString::fromLatin1(scheme), this, "open");
+        QDesktopServices::setUrlHandler("https", this, "open");
+        QDesktopServices::setUrlHandler("mailto", this, "open");
     }
     ~UrlRecorder() override
     {
-        for (const char *scheme : schemes)
-            QDesktopServices::unsetUrlHandler(QString::fromLatin1(scheme));
+        QDesktopServices::unsetUrlHandler("https");
+        QDesktopServices::unsetUrlHandler("mailto");
     }
 
     std::vector<QUrl> opened;
 
 public slots:
     void open(const QUrl &url) { opened.push_back(url); }
-
-private:
-    static constexpr const char *schemes[] = { "https", "mailto" };
 };
 
 } // namespace brivanta::testing

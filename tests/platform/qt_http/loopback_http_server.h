@@ -14,9 +14,8 @@ class QTcpSocket;
 
 namespace brivanta::testing {
 
-// A scripted HTTP/1.1 server on 127.0.0.1, plain or TLS, for tests and benchmarks. It lives on the thread
-// that owns it (move it to another thread before listen() to serve off the main thread). The counters
-// may be read from any thread.
+// A scripted HTTP/1.1 server on 127.0.0.1, plain or TLS, for tests and benchmarks. It serves on its
+// thread (move it before listen()); the counters may be read from any thread.
 class LoopbackHttpServer : public QObject
 {
 public:
@@ -44,15 +43,13 @@ public:
 
     explicit LoopbackHttpServer(Handler handler, std::optional<TlsIdentity> tls = std::nullopt);
 
-    // Call on the server's thread.
-    bool listen();
+    bool listen(); // on the server's thread
     QUrl url(const QString &path = QStringLiteral("/")) const;
 
     int requestsSeen() const { return m_requests.load(); }
     int openConnections() const { return m_openConnections.load(); }
 
-    // Empty bodies.
-    static Answer status(int code, const QByteArray &extraHeaders = {});
+    static Answer status(int code, const QByteArray &extraHeaders = {}); // with an empty body
     static Answer redirect(int code, const QByteArray &location)
     {
         return status(code, "Location: " + location + "\r\n");

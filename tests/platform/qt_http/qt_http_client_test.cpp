@@ -10,8 +10,7 @@
 #include <QThread>
 #include <gtest/gtest.h>
 
-// LeakSanitizer hook. OpenSSL now and then keeps a per-thread error record of a thread that Qt's
-// network stack has ended; that memory belongs to libcrypto, not to us.
+// For LeakSanitizer: OpenSSL may keep an error record of a thread Qt's network stack has ended.
 extern "C" const char *__lsan_default_suppressions()
 {
     return "leak:libcrypto.so\n";
@@ -30,6 +29,7 @@ struct Fetched
     QThread *thread = nullptr;
 
     qint64 error() const { return outcome && outcome->error ? outcome->error->code : 0; }
+    std::optional<int> status() const { return outcome ? outcome->statusCode : std::nullopt; }
 };
 
 // Starts one request and spins the event loop until its completion has been handed back here.
@@ -66,11 +66,9 @@ bool allConnectionsClose(const LoopbackHttpServer &server)
 
 TEST(QtHttpClient, EachRequestEndsOnceOffTheCallersThreadWithTheFinalStatusOrAnError)
 {
-    const auto redirectTo = [](int first, int final) {
-        return [=](const QByteArray &target) {
-            return target == "/final" ? LoopbackHttpServer::status(final)
-                                      : LoopbackHttpServer::redirect(first, "/final");
-        };
+    const auto toMissing = [](const QByteArray &target) {
+        return target == "/gone" ? LoopbackHttpServer::status(404)
+                                 : LoopbackHttpServer::redirect(301, "/gone");
     };
     const QByteArray head = "HTTP/1.1 200 OK\r\nX-Padding: " + QByteArray(200, 'p') + "\r\n\r\n";
     const struct
@@ -83,11 +81,7 @@ TEST(QtHttpClient, EachRequestEndsOnceOffTheCallersThreadWithTheFinalStatusOrAnE
         int requests;
         bool neverFinishes; // the connection must still be dropped
     } cases[] = {
-        { "200", always(LoopbackHttpServer::status(200)), 2s, 0, 200, 1, false },
-        { "500", always(LoopbackHttpServer::status(500)), 2s, 0, 500, 1, false },
-        { "301 to 200", redirectTo(301, 200), 2s, 0, 200, 2, false },
-        { "307 to 200", redirectTo(307, 200), 2s, 0, 200, 2, false },
-        { "302 to 404", redirectTo(302, 404), 2s, 0, 404, 2, false },
+        { "301 to 404", toMissing, 2s, 0, 404, 2, false },
         // The first request and sixteen redirects.
         { "redirect loop", always(LoopbackHttpServer::redirect(302, "/again")), 2s,
             NSURLErrorHTTPTooManyRedirects, 302, 17, false },
@@ -100,14 +94,14 @@ TEST(QtHttpClient, EachRequestEndsOnceOffTheCallersThreadWithTheFinalStatusOrAnE
     };
     QtHttpClient client;
     for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
         auto server = serve(c.handler);
         const Fetched fetched = fetch(client, server->url(), c.timeout);
-        ASSERT_TRUE(fetched.outcome) << c.what;
-        EXPECT_EQ(fetched.error(), c.error) << c.what;
-        EXPECT_EQ(fetched.outcome->statusCode, c.status) << c.what;
-        EXPECT_NE(fetched.thread, QThread::currentThread()) << c.what;
-        EXPECT_EQ(server->requestsSeen(), c.requests) << c.what;
-        EXPECT_TRUE(!c.neverFinishes || allConnectionsClose(*server)) << c.what;
+        EXPECT_EQ(fetched.error(), c.error);
+        EXPECT_EQ(fetched.status(), c.status);
+        EXPECT_NE(fetched.thread, QThread::currentThread());
+        EXPECT_EQ(server->requestsSeen(), c.requests);
+        EXPECT_TRUE(!c.neverFinishes || allConnectionsClose(*server));
     }
 }
 
@@ -116,16 +110,14 @@ TEST(QtHttpClient, TransportFailuresGiveTheirErrorAndNoStatus)
     QtHttpClient client;
     QTcpServer closed;
     ASSERT_TRUE(closed.listen(QHostAddress::LocalHost));
-    const quint16 port = closed.serverPort();
+    const QUrl refused(QString("http://127.0.0.1:%1/").arg(closed.serverPort()));
     closed.close();
-    const std::pair<QUrl, qint64> cases[]
-        = { { QUrl(QString("http://127.0.0.1:%1/").arg(port)), NSURLErrorCannotConnectToHost },
-              { QUrl("https://brivanta-probe.invalid"), NSURLErrorCannotFindHost } };
+    const std::pair<QUrl, qint64> cases[] = { { refused, NSURLErrorCannotConnectToHost },
+        { QUrl("https://brivanta-probe.invalid"), NSURLErrorCannotFindHost } };
     for (const auto &[url, code] : cases) {
         const Fetched fetched = fetch(client, url);
-        ASSERT_TRUE(fetched.outcome) << url.toString().toStdString();
-        EXPECT_EQ(fetched.error(), code);
-        EXPECT_EQ(fetched.outcome->statusCode, std::nullopt);
+        EXPECT_EQ(fetched.error(), code) << url.toString().toStdString();
+        EXPECT_TRUE(fetched.outcome && !fetched.status());
     }
 }
 
@@ -154,9 +146,8 @@ TEST(QtHttpClient, OnlyATrustedCertificateGetsThroughAndADowngradeIsFollowed)
         = serve([target](const QByteArray &) { return LoopbackHttpServer::redirect(302, target); }, identity);
 
     const Fetched refused = fetch(untrusting, secure->url());
-    ASSERT_TRUE(refused.outcome);
     EXPECT_EQ(refused.error(), NSURLErrorSecureConnectionFailed);
-    EXPECT_EQ(refused.outcome->statusCode, std::nullopt);
+    EXPECT_TRUE(refused.outcome && !refused.status());
     EXPECT_EQ(plain->requestsSeen(), 0);
 
     EXPECT_EQ(fetch(trusting, secure->url()).outcome, (HttpOutcome { std::nullopt, 200 }));

@@ -115,7 +115,7 @@ TEST_F(MainViewModelTest, SaveOfTheFirstProfilePrintsThenSetsTheFlagBeforeRefres
     const NEDNSSettings expected = NEDNSOverHTTPSSettings { {},
         QUrl(QStringLiteral("https://%1/c7e091").arg(QString::fromLatin1(build::resolverHost))) };
     EXPECT_EQ(manager.dnsSettings(), expected);
-    ASSERT_EQ(manager.started().size(), 1u); // no load before the save
+    ASSERT_EQ(manager.started.size(), 1u); // no load before the save
 
     manager.release(Operation::Save);
     EXPECT_EQ(console.lines(), Lines { "DNS settings was saved" });
@@ -168,7 +168,7 @@ TEST_F(MainViewModelTest, AnEmptyProfileListStopsTheProcess)
 TEST_F(MainViewModelTest, RemovalNotifiesTheFlagOnTheMainThreadAndNeedsSettings)
 {
     model->removeDNSSettings();
-    EXPECT_TRUE(manager.started().empty());
+    EXPECT_TRUE(manager.started.empty());
 
     // Only in a simulator does the removal's own refresh write the flag, on the slot's completion thread.
     environment.variables = { { "SIMULATOR_DEVICE_NAME", "" } };

@@ -14,9 +14,7 @@ public:
     std::optional<std::string> value(const std::string &name) const override
     {
         const auto it = variables.find(name);
-        if (it == variables.end())
-            return std::nullopt;
-        return it->second;
+        return it == variables.end() ? std::nullopt : std::optional(it->second);
     }
 };
 

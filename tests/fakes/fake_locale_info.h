@@ -19,15 +19,18 @@ public:
     std::optional<QString> regionCode() const override { return region; }
     std::optional<QString> englishNameForLanguage(const QString &identifier) const override
     {
-        if (!languageNames.contains(identifier))
-            return std::nullopt;
-        return languageNames.value(identifier);
+        return name(languageNames, identifier);
     }
-    std::optional<QString> englishNameForRegion(const QString &regionCode) const override
+    std::optional<QString> englishNameForRegion(const QString &code) const override
     {
-        if (!regionNames.contains(regionCode))
-            return std::nullopt;
-        return regionNames.value(regionCode);
+        return name(regionNames, code);
+    }
+
+private:
+    static std::optional<QString> name(const QHash<QString, QString> &names, const QString &key)
+    {
+        const auto it = names.find(key);
+        return it == names.end() ? std::nullopt : std::optional(*it);
     }
 };
 

@@ -6,7 +6,6 @@
 #include <deque>
 #include <functional>
 #include <mutex>
-#include <vector>
 
 namespace brivanta::testing {
 
@@ -20,12 +19,8 @@ public:
         m_tasks.push_back(std::move(task));
     }
 
-    // Nothing under test posts delayed work; a task that does is held and never run.
-    void asyncAfter(std::chrono::milliseconds, std::function<void()> task) override
-    {
-        std::lock_guard lock(m_mutex);
-        m_delayed.push_back(std::move(task));
-    }
+    // Nothing under test posts delayed work; a task that does is dropped.
+    void asyncAfter(std::chrono::milliseconds, std::function<void()>) override { }
 
     std::size_t pending() const
     {
@@ -60,7 +55,6 @@ public:
 private:
     mutable std::mutex m_mutex;
     std::deque<std::function<void()>> m_tasks;
-    std::vector<std::function<void()>> m_delayed;
 };
 
 } // namespace brivanta::testing

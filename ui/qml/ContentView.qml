@@ -44,13 +44,16 @@ Item {
         }
     }
 
-    // The share sheet and the rating prompt exist only while they are asked for.
+    // The share sheet and the rating prompt exist only while they are asked for. A closing popup hands
+    // the focus to the window's root item, where no key does anything: it goes back to the screen.
     Loader {
         active: ShareSheet.visible
         source: "ShareSheetView.qml"
+        onActiveChanged: if (!active) content.forceActiveFocus()
     }
     Loader {
         active: RatingPrompt.visible
         source: "RatingPromptView.qml"
+        onActiveChanged: if (!active) content.forceActiveFocus()
     }
 }

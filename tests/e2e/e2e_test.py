@@ -6,13 +6,10 @@ tests (tests/system)."""
 
 import argparse
 import os
-import queue
 import shutil
 import subprocess
 import sys
 import tempfile
-import threading
-import time
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import xwindow  # noqa: E402
@@ -68,32 +65,21 @@ def read_launch_count(config_home):
 
 
 class App:
-    """One run of the application: its window and the lines of its standard output."""
+    """One run of the application: its window; its standard output goes to a file in the artifacts."""
 
     def __init__(self, executable, env, artifacts, name):
         self.artifacts, self.name = artifacts, name
-        self.lines = queue.Queue()
-        self.seen = []
-        self.process = subprocess.Popen([executable], env=env, stdout=subprocess.PIPE,
+        self.stdout = os.path.join(artifacts, f"{name}.stdout")
+        self.process = subprocess.Popen([executable], env=env, stdout=open(self.stdout, "wb"),
                                         stderr=open(os.path.join(artifacts, f"{name}.stderr"), "wb"))
-        threading.Thread(target=self._pump, daemon=True).start()
         self.window = xwindow.find_window(self.process.pid, 20)
         _, _, self.width, self.height = xwindow.window_geometry(self.window)
 
-    def _pump(self):
-        for raw in self.process.stdout:
-            self.lines.put(raw.decode(errors="replace").rstrip("\n"))
-
     def wait_line(self, text, timeout):
-        deadline = time.monotonic() + timeout
-        while text not in self.seen:
-            remaining = deadline - time.monotonic()
-            if remaining <= 0:
-                raise AssertionError(f"{self.name}: no line {text!r} on stdout within {timeout} s; saw {self.seen}")
-            try:
-                self.seen.append(self.lines.get(timeout=remaining))
-            except queue.Empty:
-                pass
+        def printed():
+            with open(self.stdout, encoding="utf-8", errors="replace") as out:
+                return text in out.read().splitlines()
+        wait_until(printed, timeout, f"{self.name}: the line {text!r} on stdout")
 
     def capture(self):
         return xwindow.capture(self.window)
@@ -116,13 +102,11 @@ class App:
         xwindow.xdotool("mousemove", "--window", self.window, x, y, "click", "1")
 
     def quit(self):
-        if self.process.poll() is None:
-            self.process.terminate()
-            try:
-                self.process.wait(10)
-            except subprocess.TimeoutExpired:
-                self.process.kill()
-                self.process.wait()
+        self.process.terminate()
+        try:
+            self.process.wait(10)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
 
 
 def main():
@@ -182,13 +166,12 @@ def main():
         return rules
 
     config_home = env["XDG_CONFIG_HOME"]
-    first_app = second_app = None
+    apps = []
     try:
         print("e2e: first launch", flush=True)
-        first_app = App(args.app, env, args.artifacts, "launch1")
-        app = first_app
-        picture = click_through_onboarding(app)
-        rules = main_screen(picture, "main")
+        app = App(args.app, env, args.artifacts, "launch1")
+        apps.append(app)
+        rules = main_screen(click_through_onboarding(app), "main")
         wait_until(lambda: read_launch_count(config_home) == 1, 10, "launchCount 1 after the first main screen")
 
         print("e2e: press Add Network Settings", flush=True)
@@ -202,19 +185,16 @@ def main():
         app.quit()
 
         print("e2e: second launch", flush=True)
-        second_app = App(args.app, env, args.artifacts, "launch2")
-        app = second_app
+        app = App(args.app, env, args.artifacts, "launch2")
+        apps.append(app)
         wait_until(lambda: page_dot(app.capture()) is not None, 20, "the onboarding on the second launch")
         assert read_launch_count(config_home) == 1, "the onboarding alone counted a launch"
-        picture = click_through_onboarding(app)
-        main_screen(picture, "main-again")
+        main_screen(click_through_onboarding(app), "main-again")
         wait_until(lambda: read_launch_count(config_home) == 2, 10, "launchCount 2 after the second main screen")
-        app.quit()
         print("e2e: passed", flush=True)
     finally:
-        for launched in (first_app, second_app):
-            if launched:
-                launched.quit()
+        for launched in apps:
+            launched.quit()
         shutil.rmtree(home, ignore_errors=True)
 
 

@@ -227,11 +227,5 @@ TEST_F(MainViewModelTest, TheTesterIsMadeOnTheFirstRunAndItsSortedResultsAndScor
     EXPECT_EQ(testersMade, 1);
 }
 
-TEST(ScoreLineTest, TurnsGreenFrom80)
-{
-    EXPECT_FALSE(MainViewModel::isScoreGoodFor(79));
-    EXPECT_TRUE(MainViewModel::isScoreGoodFor(80));
-}
-
 } // namespace
 } // namespace brivanta::testing

@@ -12,7 +12,6 @@ build=$(cd "$1" && pwd)
 stack=$2
 skip() { echo "SKIPPED: $*"; exit 77; }
 fail() { echo "FAILED: $*"; [ -n "${work:-}" ] && tail -n 5 "$work"/*.log 2>/dev/null; exit 1; }
-ok() { echo "ok: $*"; }
 
 if [ -z "${BRV_IN_NAMESPACE:-}" ]; then
     [ "$(id -u)" = 0 ] || skip "needs root for network and mount namespaces"
@@ -102,24 +101,20 @@ grep -q '"phase":"applied"' /var/lib/brivanta/state.json || fail "state.json doe
 grep -q 'h1.test' "$work/doh.log" || fail "the DoH upstream never saw the query"
 [ -z "$(lookup ads.test)" ] || fail "a name the filtering resolver refuses still resolves"
 canary=$(lookup "n$RANDOM.canary.brivanta.test")
-case $canary in 127.*) ok "canary resolves through the system resolver ($canary)" ;; *) fail "no canary: '$canary'" ;; esac
-ok "enable: lookups go through brivanta-dohd to the DoH upstream ($stack)"
+case $canary in 127.*) ;; *) fail "the canary does not resolve through the system resolver: '$canary'" ;; esac
 status() { BRIVANTA_SYSTEM_ROOT= HOME=$work XDG_CONFIG_HOME=$work/config "$build/platform/linux/brivanta-dns" status; }
 mkdir -p "$work/config/brivanta"
 printf '{"format":1,"enabled":true,"dnsSettings":{"protocol":"dnsOverHTTPS","servers":[],"serverURL":"https://doh.test:8443/dns-query"},"onDemandRules":[]}\n' \
     >"$work/config/brivanta/dns-slot.json"
 status >"$work/status.txt" || fail "brivanta-dns status says off while it is on: $(cat "$work/status.txt")"
-ok "brivanta-dns status: on"
 
 if [ "$stack" = resolved ]; then
     [ "$(lookup printer.lan)" = 198.51.100.3 ] || fail "the link's own search domain no longer reaches the link's server"
-    ok "names of the link's search domain still go to the link's server"
     # A link that claims every name too (as a VPN does) makes resolved race both servers: a leak.
     "$RESOLVECTL" domain brv0 '~.' lan
     status >"$work/status.txt" && fail "status says on while a link routes every name elsewhere"
     grep -q 'Names can still reach 192.0.2.9 directly' "$work/status.txt" || fail "no leak reason: $(cat "$work/status.txt")"
     "$RESOLVECTL" domain brv0 lan
-    ok "status: a link that routes every name is a leak"
 fi
 
 expect_restored() { # WHAT
@@ -132,7 +127,6 @@ expect_restored() { # WHAT
 }
 apply disable || fail "disable failed"
 expect_restored "disable"
-ok "disable: the original DNS is back, byte for byte"
 
 # The helper stopped after each of its steps, as by a crash: disable, or enable again, finishes the job.
 endpoint=https://doh.test:8443/dns-query
@@ -162,7 +156,6 @@ done
 apply disable 2>/dev/null
 expect_restored "disable"
 [ "${enable_steps:-0}" -gt 3 ] && [ "${disable_steps:-0}" -gt 2 ] || fail "the helper did not stop after its steps"
-ok "a crash after any of enable's $enable_steps or disable's $disable_steps steps, then disable: the original DNS is back"
 
 apply enable https://doh.test:8443/dns-query >/dev/null 2>&1 || fail "second enable failed"
 [ "$(lookup h2.test)" = 192.0.2.2 ] || fail "second enable does not route"
@@ -171,12 +164,10 @@ apply pause 60 >/dev/null 2>&1 || fail "pause failed"
 grep -q '"phase":"paused"' /var/lib/brivanta/state.json || fail "state.json does not say paused"
 apply resume >/dev/null 2>&1 || fail "resume failed"
 [ "$(lookup h1.test)" = 192.0.2.1 ] || fail "resumed, but lookups do not go through brivanta-dohd"
-ok "pause and resume"
 pkill -x brivanta-dohd
 [ -z "$(lookup h2.test)" ] || fail "forwarder stopped, yet names resolve: lookups went around it"
 status >"$work/status.txt" && fail "status says on with the forwarder stopped"
 grep -q 'Blocking: off. The forwarder is not running.' "$work/status.txt" || fail "wrong reason: $(cat "$work/status.txt")"
-ok "fail closed: with the forwarder gone, nothing resolves and the status says why"
 apply disable >/dev/null 2>&1 || fail "final disable failed"
 expect_restored "the final disable"
 echo "PASSED ($stack)"

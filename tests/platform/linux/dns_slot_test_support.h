@@ -32,8 +32,7 @@ protected:
     static Result remove(M &m) { return finish(m, &M::removeFromPreferences); }
 
     // Saves through a manager of its own, as an earlier run of the app would have.
-    Result saveSlot(
-        const std::optional<NEDNSSettings> &settings, std::vector<NEOnDemandRule> rules = {}) const
+    Result saveSlot(std::optional<NEDNSSettings> settings, std::vector<NEOnDemandRule> rules = {}) const
     {
         LinuxDNSSettingsManager manager(storePath());
         manager.setDnsSettings(settings);
@@ -41,10 +40,7 @@ protected:
         return save(manager);
     }
 
-    static NEDNSSettings httpsSettings(const QString &url)
-    {
-        return NEDNSOverHTTPSSettings { {}, QUrl(url) };
-    }
+    static NEDNSSettings httpsSettings(QString url) { return NEDNSOverHTTPSSettings { {}, QUrl(url) }; }
     static QByteArray fileBytes(const QString &path)
     {
         QFile file(path);

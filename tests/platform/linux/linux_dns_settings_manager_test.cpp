@@ -15,14 +15,6 @@ namespace {
 
 const NEDNSSettings goodHttps = NEDNSOverHTTPSSettings { {}, QUrl("https://dns.example.test/x") };
 
-// lstat's answer; all zero when the path is missing.
-struct stat statOf(const QString &path)
-{
-    struct stat info = {};
-    ::lstat(QFile::encodeName(path).constData(), &info);
-    return info;
-}
-
 using LinuxDNSSettingsManagerTest = SlotDirectory;
 
 TEST_F(LinuxDNSSettingsManagerTest, SavedConfigurationLoadsBackInAnotherManagerPrivatelyUntilRemoved)
@@ -34,8 +26,9 @@ TEST_F(LinuxDNSSettingsManagerTest, SavedConfigurationLoadsBackInAnotherManagerP
     const NEDNSSettings settings
         = NEDNSOverHTTPSSettings { { "9.9.9.9", "::1" }, QUrl("https://dns.example.test/c7e091") };
     ASSERT_EQ(saveSlot(settings, rules), std::nullopt);
-    EXPECT_EQ(statOf(storePath()).st_mode & 07777, 0600u);
-    EXPECT_EQ(statOf(QFileInfo(storePath()).absolutePath()).st_mode & 07777, 0700u);
+    // Owner only: 0600 and 0700 in Qt's permission flags.
+    EXPECT_EQ(QFile::permissions(storePath()).toInt(), 0x6600);
+    EXPECT_EQ(QFile::permissions(QFileInfo(storePath()).absolutePath()).toInt(), 0x7700);
 
     LinuxDNSSettingsManager other(storePath());
     ASSERT_EQ(load(other), std::nullopt);
@@ -148,6 +141,11 @@ TEST_F(LinuxDNSSettingsManagerTest, AStoreThatCannotBeUsedSafelyNamesItsCauseAnd
     };
     const QString folder = QFileInfo(storePath()).absolutePath();
     const QString lock = storePath() + ".lock";
+    const std::pair<const char *, QString> expansions[]
+        = { { "<read>", "The saved DNS configuration (<slot>) could not be read:" },
+              { "<unsafe>", "The folder of the DNS configuration (<folder>) is not safe to use:" },
+              { "<unusable>", "The lock file of the DNS configuration (<lock>) cannot be used:" },
+              { "<slot>", storePath() }, { "<folder>", folder }, { "<lock>", lock } };
     const QByteArray paths[]
         = { QFile::encodeName(storePath()), QFile::encodeName(folder), QFile::encodeName(lock) };
     rlimit fileSizeLimit {};
@@ -179,15 +177,10 @@ TEST_F(LinuxDNSSettingsManagerTest, AStoreThatCannotBeUsedSafelyNamesItsCauseAnd
         });
         ASSERT_TRUE(error.has_value());
         EXPECT_EQ(error->code, 5);
-        EXPECT_EQ(error->localizedDescription.toStdString(),
-            QString::fromUtf8(c.description)
-                .replace("<read>", "The saved DNS configuration (<slot>) could not be read:")
-                .replace("<unsafe>", "The folder of the DNS configuration (<folder>) is not safe to use:")
-                .replace("<unusable>", "The lock file of the DNS configuration (<lock>) cannot be used:")
-                .replace("<slot>", storePath())
-                .replace("<folder>", folder)
-                .replace("<lock>", lock)
-                .toStdString());
+        QString expected = QString::fromUtf8(c.description);
+        for (const auto &[from, to] : expansions)
+            expected.replace(from, to);
+        EXPECT_EQ(error->localizedDescription.toStdString(), expected.toStdString());
         // Nothing replaced, nothing left behind.
         EXPECT_EQ(fileBytes(kept), saved);
         EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::System), entries);

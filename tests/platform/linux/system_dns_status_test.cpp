@@ -36,9 +36,7 @@ TEST(DecideStatus, EnabledOnlyWhenEveryPieceHoldsAndOtherwiseNamesTheFirstThatDo
         { [](auto &s) { s.forwarderEndpoint = "https://old.test/"; },
             "Switched on for another DNS address." },
         { [](auto &s) { s.routingKnown = false, s.routingProblem = "Cannot read."; }, "Cannot read." },
-        { [](auto &s) {
-             s.otherServers = { "192.0.2.1", "192.0.2.2" };
-         },
+        { [](auto &s) { s.otherServers = QString("192.0.2.1 192.0.2.2").split(' '); },
             "Names can still reach 192.0.2.1, 192.0.2.2 directly." },
         { [](auto &s) { s.canary = Canary::NoAnswer, s.lastFailureMs = 2, s.lastError = "HTTP 403"; },
             "The filtering resolver cannot be reached: HTTP 403." },
@@ -100,7 +98,7 @@ TEST_F(SystemDnsProbeTest, EnabledOnlyWhenAFreshCanaryComesBackWithTheForwarders
         { "nameserver 127.0.0.153\nnameserver 192.0.2.53\n", forwarder,
             "Names can still reach 192.0.2.53 directly." },
         { "# nobody named: glibc asks 127.0.0.1\n", forwarder, "Names can still reach 127.0.0.1 directly." },
-        { "nameserver 127.0.0.153\n", forwarder, "" },
+        { "nameserver 127.0.0.153\n", forwarder, "" }, // asks again, with a fresh name
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.reason);

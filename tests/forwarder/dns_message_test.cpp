@@ -13,8 +13,7 @@ const auto header = [](quint16 id, quint16 flags, quint16 qd, quint16 an, quint1
     return u16(id) + u16(flags) + u16(qd) + u16(an) + u16(ns) + u16(ar);
 };
 const auto name = [](const char *text) { return nameFromText(text).value(); };
-const auto question
-    = [](const char *text, quint16 type = RRType::A) { return name(text) + u16(type) + u16(classIN); };
+const auto question = [](const char *text) { return name(text) + u16(RRType::A) + u16(classIN); };
 const auto record = [](const QByteArray &owner, quint16 type, quint32 ttl, const QByteArray &rdata) {
     return owner + u16(type) + u16(classIN) + u32(ttl) + u16(quint16(rdata.size())) + rdata;
 };
@@ -49,28 +48,27 @@ TEST(DnsMessage, NamesConvertBetweenTextAndWire)
 
 TEST(DnsMessage, ParseAcceptsAnswersFormErrOrDrops)
 {
-    enum Outcome { Parsed, FormErr, NotImp, Dropped };
-    const QByteArray q = question("a.test");
+    // Error replies: ID kept, QR set, the query's opcode and our rcode; no records.
+    enum Outcome { Parsed = -1, Dropped = 0, FormErr = 0x8001, NotImp = 0xa004 };
+    const QByteArray h = header(1, 0, 1, 0, 0, 0), q = question("a.test");
     const struct
     {
         const char *what;
         QByteArray message;
         Outcome outcome;
     } cases[] = {
-        { "trailing bytes ignored", header(1, 0, 1, 0, 0, 0) + q + "xx", Parsed },
-        { "shorter than a header", header(1, 0, 1, 0, 0, 0).left(11), Dropped },
+        { "trailing bytes ignored", h + q + "xx", Parsed },
+        { "shorter than a header", h.left(11), Dropped },
         { "empty", QByteArray(), Dropped },
         { "a response", header(1, 0x8000, 1, 0, 0, 0) + q, Dropped },
         { "opcode NOTIFY", header(1, 0x2000, 1, 0, 0, 0) + q, NotImp },
         { "no question", header(1, 0, 0, 0, 0, 0), FormErr },
         { "two questions", header(1, 0, 2, 0, 0, 0) + q + q, FormErr },
-        { "name past the end", header(1, 0, 1, 0, 0, 0) + "\005ab", FormErr },
-        { "no class", header(1, 0, 1, 0, 0, 0) + name("a.test") + u16(RRType::A), FormErr },
-        { "reserved label type", header(1, 0, 1, 0, 0, 0) + "\x41" + QByteArray(70, 'a'), FormErr },
-        { "pointer to itself", header(1, 0, 1, 0, 0, 0) + pointerToQuestion + u32(0x00010001), FormErr },
-        { "name over 255 bytes",
-            header(1, 0, 1, 0, 0, 0) + (QByteArray("\x3f") + QByteArray(63, 'a')).repeated(4) + "\x01x"
-                + QByteArray(1, '\0') + u32(0x00010001),
+        { "name past the end", h + "\005ab", FormErr },
+        { "no class", h + name("a.test") + u16(RRType::A), FormErr },
+        { "reserved label type", h + "\x41" + QByteArray(70, 'a'), FormErr },
+        { "pointer to itself", h + pointerToQuestion + u32(0x00010001), FormErr },
+        { "name over 255 bytes", h + (char(63) + QByteArray(63, 'a')).repeated(4) + '\0' + u32(0x10001),
             FormErr },
         { "missing additional record", header(1, 0, 1, 0, 0, 1) + q, FormErr },
         { "record data past the end", header(1, 0, 1, 0, 0, 1) + q + opt(4096).chopped(2) + u16(8), FormErr },
@@ -81,15 +79,9 @@ TEST(DnsMessage, ParseAcceptsAnswersFormErrOrDrops)
     for (const auto &c : cases) {
         const QueryParse parsed = parseQuery(c.message);
         EXPECT_EQ(parsed.query.has_value(), c.outcome == Parsed) << c.what;
-        if (c.outcome == Parsed || c.outcome == Dropped) {
-            EXPECT_FALSE(parsed.reply) << c.what;
-            continue;
-        }
-        ASSERT_TRUE(parsed.reply) << c.what;
-        const RCode rcode = c.outcome == FormErr ? RCode::FormErr : RCode::NotImp;
-        // ID kept, QR set, opcode kept, our rcode; no records.
-        const quint16 opcode = quint16(quint8(c.message[2]) << 8) & 0x7800;
-        EXPECT_EQ(*parsed.reply, header(1, quint16(0x8000 | opcode | quint16(rcode)), 0, 0, 0, 0)) << c.what;
+        EXPECT_EQ(
+            parsed.reply, c.outcome > 0 ? std::optional(header(1, c.outcome, 0, 0, 0, 0)) : std::nullopt)
+            << c.what;
     }
 }
 

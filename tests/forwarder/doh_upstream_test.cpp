@@ -57,37 +57,28 @@ public:
             while (QTcpSocket *client = m_server.nextPendingConnection()) {
                 auto *upstream = new QTcpSocket(client);
                 upstream->connectToHost(QHostAddress::LocalHost, target);
-                const auto pipe = [this, client](QTcpSocket *from, QTcpSocket *to) {
-                    connect(from, &QTcpSocket::readyRead, this, [this, client, from, to] {
+                for (auto [from, to] : { std::pair { client, upstream }, std::pair { upstream, client } })
+                    connect(from, &QTcpSocket::readyRead, this, [=, this, era = m_era] {
                         const QByteArray bytes = from->readAll();
-                        if (!m_frozen.contains(client))
+                        if (era == m_era)
                             to->write(bytes);
                     });
-                };
-                pipe(client, upstream);
-                pipe(upstream, client);
-                m_clients << client;
             }
         });
     }
     quint16 port() const { return m_server.serverPort(); }
-    void freeze() { m_frozen = m_clients; }
+    void freeze() { ++m_era; }
 
 private:
     QTcpServer m_server;
-    QList<QTcpSocket *> m_clients;
-    QList<QTcpSocket *> m_frozen;
+    int m_era = 0;
 };
 
 class DohUpstreamTest : public test::LocalDohTest
 {
 protected:
-    // The default attempt timeout: a loaded machine must not retry a healthy attempt (connections are
-    // counted).
-    UpstreamSettings pinned(quint16 port = 0) const
-    {
-        return { QUrl(url(port)), {}, { pin(port) }, caFile() };
-    }
+    // The default attempt timeout: a loaded machine must not retry a healthy attempt (we count connections).
+    UpstreamSettings pinned(quint16 p = 0) const { return { QUrl(url(p)), {}, { pin(p) }, caFile() }; }
 };
 
 } // namespace
@@ -128,10 +119,6 @@ TEST_F(DohUpstreamTest, ParallelQueriesShareOneConnectionWithoutTheSystemResolve
 TEST_F(DohUpstreamTest, FailuresAreReportedReadablyAndNeverAnswered)
 {
     const quint16 closed = test::freePort();
-    UpstreamSettings untrusted = pinned();
-    untrusted.caFile.clear();
-    UpstreamSettings wrongPath = pinned();
-    wrongPath.endpoint.setPath(QStringLiteral("/elsewhere"));
     const struct
     {
         UpstreamSettings settings;
@@ -141,8 +128,10 @@ TEST_F(DohUpstreamTest, FailuresAreReportedReadablyAndNeverAnswered)
             QStringLiteral("could not resolve doh.brivanta.test through 127.0.0.1:%1").arg(closed) },
         { { QUrl(url()), {}, {}, caFile(), 500ms },
             QStringLiteral("no server to resolve doh.brivanta.test through") },
-        { untrusted, QStringLiteral("TLS with doh.brivanta.test: self-signed certificate") },
-        { wrongPath, QStringLiteral("HTTP 404 from doh.brivanta.test") },
+        { { QUrl(url()), {}, { pin() }, {} },
+            QStringLiteral("TLS with doh.brivanta.test: self-signed certificate") },
+        { { QUrl(url().replace("/dns-query", "/elsewhere")), {}, { pin() }, caFile() },
+            QStringLiteral("HTTP 404 from doh.brivanta.test") },
         { pinned(closed),
             QStringLiteral("doh.brivanta.test: Failed to connect to doh.brivanta.test port %1").arg(closed) },
     };

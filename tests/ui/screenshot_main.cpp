@@ -35,14 +35,7 @@ void showWholeMainScreen(UiHarness &harness, bool enabled)
 void showResults(UiHarness &harness)
 {
     harness.leaveOnboarding();
-    harness.click(harness.item(QStringLiteral("testButton")));
-    // Two of the ten probes answer 200: not blocked.
-    harness.httpClient.completeAll([](const QUrl &url) {
-        if (url.host() == QLatin1String("outbrain.com") || url.host() == QLatin1String("taboola.com"))
-            return brivanta::testing::httpStatus(200);
-        return brivanta::testing::transportError(brivanta::NSURLErrorCannotFindHost);
-    });
-    harness.runMainQueue();
+    harness.runAdBlockTest();
     QTest::mouseMove(&harness.window(), QPoint(0, 0)); // no hover on the button
     harness.scrollTo(harness.item(QStringLiteral("testSection")));
 }
@@ -89,9 +82,7 @@ int main(int argc, char *argv[])
     QCoreApplication::removeTranslator(&german);
     shoot("main-linux-not-enabled-phone", ContentWindow::phoneSize, [](UiHarness &h) {
         h.systemSwitch.setReason(QStringLiteral("Not switched on."));
-        h.leaveOnboarding();
-        h.dnsSettingsManager.release(brivanta::testing::FakeDNSSettingsManager::Operation::Load);
-        h.runMainQueue();
+        h.leaveOnboarding(), h.load();
     });
     return ok ? 0 : 1;
 }

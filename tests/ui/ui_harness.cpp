@@ -94,4 +94,13 @@ void UiHarness::click(QQuickItem *target)
     QCoreApplication::processEvents();
 }
 
+void UiHarness::runAdBlockTest()
+{
+    click(item("testButton"));
+    httpClient.completeAll([](const QUrl &url) {
+        return answers(url.host()) ? httpStatus(200) : transportError(NSURLErrorCannotFindHost);
+    });
+    runMainQueue();
+}
+
 } // namespace brivanta::testing

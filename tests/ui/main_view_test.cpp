@@ -15,12 +15,11 @@ Q_IMPORT_QML_PLUGIN(BrivantaPlugin)
 namespace brivanta {
 namespace {
 
-using testing::FakeDNSSettingsManager;
 using testing::UiHarness;
 
 const QColor red("#ff453a");
 const QColor green("#30d158");
-constexpr auto Save = FakeDNSSettingsManager::Operation::Save;
+constexpr auto Save = testing::FakeDNSSettingsManager::Operation::Save;
 
 struct MainViewTest : ::testing::Test
 {
@@ -132,9 +131,8 @@ TEST_F(MainViewTest, EachLinkButtonOpensItsPageAndThePromotionPagerOpensOnOrvind
 {
     testing::UrlRecorder links;
     harness.start(ContentWindow::phoneSize, false);
-    QQuickItem *pager = harness.item("promotionSwipeView");
     harness.click(harness.item("orvindoPromoCard")->findChild<QQuickItem *>("storeBadge"));
-    pager->setProperty("currentIndex", 1);
+    harness.item("promotionSwipeView")->setProperty("currentIndex", 1);
     QQuickItem *velloquin = harness.item("velloquinPromoCard");
     QTRY_COMPARE(velloquin->mapToScene(QPointF(velloquin->width() / 2, 0)).x(), 393.0 / 2);
     harness.click(velloquin->findChild<QQuickItem *>("storeBadge"));

@@ -52,12 +52,12 @@ public:
     void settle() { QCoreApplication::processEvents(), m_window->grabWindow(); }
     // The item with that objectName (the first visible one, else the first); fails the test when none.
     QQuickItem *item(const QString &objectName);
-    QList<QQuickItem *> items(const QString &objectName);
+    QList<QQuickItem *> items(const QString &objectName, QQuickItem *root = nullptr);
     QVariant property(const QString &name, const char *key = "text") { return item(name)->property(key); }
     void leaveOnboarding() { m_window->rootObject()->setProperty("showOnboarding", false), settle(); }
-    // Scrolls the main screen so that the item's top is just below the screen's top (or as near as it goes).
+    // scrollTo brings the item's top just below the screen's top (as near as it goes); click scrolls, then
+    // clicks the item's centre.
     void scrollTo(QQuickItem *item);
-    // Scrolls the item into view, then clicks its centre.
     void click(QQuickItem *item);
     void runMainQueue() { mainQueue.runAll(), settle(); }
     // Completes the platform's load of the settings.

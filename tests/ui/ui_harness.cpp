@@ -4,7 +4,6 @@
 
 #include <QQuickWindow>
 #include <QTest>
-#include <functional>
 #include <gtest/gtest.h>
 
 namespace brivanta::testing {
@@ -50,16 +49,14 @@ void UiHarness::start(QSize size, bool onboarding)
         leaveOnboarding();
 }
 
-QList<QQuickItem *> UiHarness::items(const QString &objectName)
+QList<QQuickItem *> UiHarness::items(const QString &objectName, QQuickItem *root)
 {
+    root = root ? root : m_window->contentItem();
     QList<QQuickItem *> found;
-    const std::function<void(QQuickItem *)> collect = [&](QQuickItem *item) {
-        if (item->objectName() == objectName)
-            found.append(item);
-        for (QQuickItem *child : item->childItems())
-            collect(child);
-    };
-    collect(m_window->contentItem());
+    if (root->objectName() == objectName)
+        found.append(root);
+    for (QQuickItem *child : root->childItems())
+        found += items(objectName, child);
     return found;
 }
 
@@ -67,8 +64,7 @@ QQuickItem *UiHarness::item(const QString &objectName)
 {
     const QList<QQuickItem *> found = items(objectName);
     const auto shown = std::find_if(found.begin(), found.end(), [](auto *item) { return item->isVisible(); });
-    if (found.isEmpty())
-        ADD_FAILURE() << "no item named " << objectName.toStdString();
+    EXPECT_FALSE(found.isEmpty()) << "no item named " << objectName.toStdString();
     return shown != found.end() ? *shown : found.value(0);
 }
 
@@ -92,6 +88,15 @@ void UiHarness::click(QQuickItem *target)
     QTest::mouseClick(m_window.get(), Qt::LeftButton, Qt::NoModifier,
         target->mapToScene(QPointF(target->width() / 2, target->height() / 2)).toPoint());
     QCoreApplication::processEvents();
+}
+
+void UiHarness::runAdBlockTest()
+{
+    click(item("testButton"));
+    httpClient.completeAll([](const QUrl &url) {
+        return answers(url.host()) ? httpStatus(200) : transportError(NSURLErrorCannotFindHost);
+    });
+    runMainQueue();
 }
 
 } // namespace brivanta::testing

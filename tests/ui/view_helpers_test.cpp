@@ -29,14 +29,11 @@ TEST(SymbolTable, EverySymbolTheViewsNameHasAnImage)
 
 TEST(EmojiRuns, EmojiRunsGetTheEmojiFontAndTheRestIsEscaped)
 {
-    const QString emoji = QStringLiteral("<span style=\"font-family:'Noto Color Emoji'\">%1</span>");
-    EXPECT_EQ(EmojiText::richText(QStringLiteral("⚠️ Spam & <deals>")),
-        emoji.arg(QStringLiteral("⚠️")) + QStringLiteral(" Spam &amp; &lt;deals&gt;"));
-    EXPECT_EQ(EmojiText::richText(QStringLiteral("Hi 👋\n\nok")),
-        QStringLiteral("Hi ") + emoji.arg(QStringLiteral("👋")) + QStringLiteral("<br><br>ok"));
+    const QString emoji = "<span style=\"font-family:'Noto Color Emoji'\">%1</span>";
+    EXPECT_EQ(EmojiText::richText("⚠️ Spam & <ads>"), emoji.arg("⚠️") + " Spam &amp; &lt;ads&gt;");
+    EXPECT_EQ(EmojiText::richText("Hi 👋\n\nok"), "Hi " + emoji.arg("👋") + "<br><br>ok");
 }
 
-// A later launch finds the running one and asks it to come forward; the first launch finds nobody.
 TEST(SingleInstance, ASecondLaunchAsksTheRunningOneToComeForward)
 {
     const QString name = QStringLiteral("brivanta-test-%1.socket").arg(QCoreApplication::applicationPid());

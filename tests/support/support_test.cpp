@@ -32,7 +32,6 @@ struct GermanUser
         locale.regionNames = { { "DE", "Germany" } };
     }
 
-    // The one link "Contact Support" opens.
     QByteArray link()
     {
         FakeApplicationServices application;
@@ -60,10 +59,6 @@ TEST(ContactSupport, OpensOneMailToSupportWithTheFixedSubjectAndBody)
         "📱 App Info\n- App Name: Brivanta\n- Version: 1.0\n\n🔧 Device Info\n- Model: iPhone\n"
         "- OS Version: iOS 17.2\n\n🌍 Locale\n- Language: German (Germany)\n- Country: Germany 🇩🇪\n\n"
         "📝 Issue Description:\n(Please describe your issue here...)\n\nThanks for your help! 🙏");
-
-    // Query delimiters in a value pass unescaped.
-    user.bundle.dictionary.insert("CFBundleName", "A&b=c?d/e+f");
-    EXPECT_TRUE(user.link().contains("?subject=%F0%9F%9A%80%20Support%20Request%20-%20A&b=c?d/e+f&body="));
 }
 
 // No language at all is what a C locale leaves.
@@ -135,11 +130,10 @@ TEST(ShareApp, PresentsTextThenStoreLinkOnTheRootControllerAnimatedAsAPopoverWhe
         EXPECT_EQ(std::get<QUrl>(sheet.activityItems[1]).toString(),
             QString("https://%1/app/id%2").arg(build::storeHost, build::storeAppId));
         ASSERT_EQ(sheet.popover.has_value(), hasPopover);
-        if (hasPopover) { // floating at the centre of the root view, with no arrow
-            EXPECT_EQ(sheet.popover->sourceView, &root);
-            EXPECT_EQ(sheet.popover->sourceRect, QRectF(522, 370, 0, 0));
-            EXPECT_EQ(sheet.popover->permittedArrowDirections, 0u);
-        }
+        // Floating at the centre of the root view, with no arrow.
+        EXPECT_TRUE(!hasPopover
+            || (sheet.popover->sourceView == &root && !sheet.popover->permittedArrowDirections
+                && sheet.popover->sourceRect == QRectF(522, 370, 0, 0)));
     }
 }
 
@@ -151,7 +145,6 @@ TEST(LaunchCounter, CountsEveryAppearanceAndAsksForAReviewOnEveryFifthInTheFirst
     auto &scene = application.addScene<FakeWindowScene>();
     for (int appearance = 1; appearance <= 11; ++appearance) {
         incrementLaunchCount(preferences, application);
-        EXPECT_EQ(preferences.integerForKey("launchCount"), appearance);
         EXPECT_EQ(application.reviewRequests.size(), std::size_t(appearance / 5)) << appearance;
     }
     EXPECT_EQ(application.reviewRequests, (std::vector<WindowScene *> { &scene, &scene }));

@@ -39,7 +39,6 @@ TEST(MachineInfo, TheModelIsTheTrimmedProductNameAndTheSystemTheDistributionsOrL
         return file.fileName();
     };
     EXPECT_EQ(linuxMachineModel(write("  ThinkPad X1 Carbon Gen 11\n")), "ThinkPad X1 Carbon Gen 11");
-    EXPECT_EQ(linuxMachineModel(write(" \n")), "Linux PC");
     EXPECT_EQ(linuxMachineModel(missing), "Linux PC");
 
     // os-release content (nullptr: no file), then the name and version read from it.
@@ -59,11 +58,9 @@ TEST(MachineInfo, TheModelIsTheTrimmedProductNameAndTheSystemTheDistributionsOrL
 
 TEST(SceneGraphBackend, SoftwareForACpuRasterizerOrNoOpenGLAndNeverOverTheUsersChoice)
 {
-    const std::pair<const char *, bool> renderers[]
-        = { { "llvmpipe (LLVM 15.0.6, 256 bits)", true }, { "Mesa X11 swrast", true },
-              { "SWR (LLVM 11.0.1, 256 bits)", true }, { "D3D12 (Microsoft Basic Render Driver)", true },
-              { "", true }, { "AMD Radeon RX 6600 (navi23, LLVM 15.0.6, DRM 3.49, 6.1.0-13-amd64)", false },
-              { "SVGA3D; build: RELEASE; LLVM;", false } };
+    const std::pair<const char *, bool> renderers[] = { { "llvmpipe (LLVM 15.0.6, 256 bits)", true },
+        { "SWR (LLVM 11.0.1, 256 bits)", true }, { "", true },
+        { "AMD Radeon RX 6600 (navi23, LLVM 15.0.6)", false }, { "SVGA3D; build: RELEASE; LLVM;", false } };
     for (const auto &[renderer, software] : renderers) {
         EXPECT_EQ(prefersSoftwareSceneGraph(false, renderer), software) << renderer;
         EXPECT_FALSE(prefersSoftwareSceneGraph(true, renderer)) << renderer;

@@ -58,12 +58,11 @@ void LoopbackHttpServer::accept(QTcpSocket *socket)
             const Answer answer = m_handler(buffer->left(buffer->indexOf("\r\n")).split(' ').value(1, "/"));
             if (answer.kind == Answer::Kind::Trickle) {
                 auto *timer = new QTimer(socket);
-                connect(
-                    timer, &QTimer::timeout, socket, [socket, timer, bytes = answer.bytes, at = 0]() mutable {
-                        socket->write(bytes.mid(at, 1));
-                        if (++at >= bytes.size())
-                            timer->stop();
-                    });
+                timer->callOnTimeout(socket, [socket, timer, bytes = answer.bytes, at = 0]() mutable {
+                    socket->write(bytes.mid(at, 1));
+                    if (++at >= bytes.size())
+                        timer->stop();
+                });
                 timer->start(answer.interval);
             } else if (answer.kind != Answer::Kind::Silent) {
                 QTimer::singleShot(answer.delay, Qt::PreciseTimer, socket, [socket, answer] {

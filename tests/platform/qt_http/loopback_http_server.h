@@ -50,10 +50,7 @@ public:
     int openConnections() const { return m_openConnections.load(); }
 
     static Answer status(int code, const QByteArray &extraHeaders = {}); // with an empty body
-    static Answer redirect(int code, const QByteArray &location)
-    {
-        return status(code, "Location: " + location + "\r\n");
-    }
+    static Answer redirect(int code, QByteArray to) { return status(code, "Location: " + to + "\r\n"); }
 
     // A key and self-signed certificate for 127.0.0.1 and localhost, made with the openssl tool.
     static std::optional<TlsIdentity> generateSelfSignedIdentity();

@@ -55,6 +55,18 @@ TEST(DnsCache, AnswersAgeAndExpireWithTheirTtlCappedAtADayAndUncacheableOnesAreN
     }
 }
 
+// A client that did not ask for DNSSEC records must not get an answer cached for one that did.
+TEST(DnsCache, AnAnswerIsServedOnlyForItsNameTypeAndDoBit)
+{
+    DnsCache cache(10, 1 << 20);
+    store(cache, "a", answer("a", 60));
+    const QByteArray a = *nameFromText("a");
+    for (const CacheKey &other :
+        { CacheKey { a, RRType::A, classIN, true }, CacheKey { a, RRType::AAAA, classIN }, keyFor("b") })
+        EXPECT_FALSE(cache.lookup(other, 1, t0));
+    EXPECT_TRUE(cache.lookup(keyFor("a"), 1, t0));
+}
+
 TEST(DnsCache, LeastRecentlyUsedGoesFirstByEntriesAndBytes)
 {
     DnsCache probe(10, 1 << 20);

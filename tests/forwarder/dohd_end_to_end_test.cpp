@@ -156,3 +156,13 @@ TEST_F(DohdEndToEnd, CanaryProvesTheEndpointAnswersAndFailsClosedWithoutIt)
     ASSERT_EQ(orphan.process.state(), QProcess::Running);
     EXPECT_EQ(rcodeOf(askUdp(orphan.port, query(9, name.constData()))), dns::RCode::ServFail);
 }
+
+// A bad setting is one line on standard error, so that a log or a terminal shows it whole.
+TEST(DohdConfiguration, ABadSettingIsOneLineAndExitStatusTwo)
+{
+    QProcess daemon;
+    daemon.start(QStringLiteral(BRIVANTA_DOHD_PATH), { "--upstream", "http://dns.example/dns-query" });
+    ASSERT_TRUE(daemon.waitForFinished(10000));
+    EXPECT_EQ(daemon.exitCode(), 2);
+    EXPECT_EQ(daemon.readAllStandardError().count('\n'), 1);
+}

@@ -178,6 +178,39 @@ TEST_P(DnsApplyTest, EnableRoutesThroughTheForwarderAndPauseOrDisableGiveTheMach
     expectRestored();
 }
 
+// The helper stopped after any step of enable or of disable, as by a crash or a power cut: disable run
+// again finishes the job and the machine is as it was.
+TEST_P(DnsApplyTest, DisableAfterACrashAtAnyStepRestoresEveryByte)
+{
+    struct Crash
+    {
+    };
+    for (const bool inDisable : { false, true }) {
+        for (int crashAt = 1;; ++crashAt) {
+            SCOPED_TRACE(testing::Message()
+                << (inDisable ? "disable" : "enable") << " stopped after step " << crashAt);
+            if (inDisable) {
+                ASSERT_EQ(helper().enable(endpoint), std::nullopt);
+            }
+            int steps = 0;
+            DnsApply crashing(DnsApplyPaths(root.path()), system, [&](const QString &) {
+                if (++steps == crashAt)
+                    throw Crash();
+            });
+            try {
+                inDisable ? crashing.disable() : crashing.enable(endpoint);
+            } catch (const Crash &) {
+                ASSERT_EQ(helper().disable(), std::nullopt);
+                expectRestored();
+                continue;
+            }
+            ASSERT_EQ(helper().disable(), std::nullopt);
+            expectRestored();
+            break;
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Machines, DnsApplyTest, ::testing::ValuesIn(machines),
     [](const auto &info) { return std::string(info.param.name); });
 

@@ -34,7 +34,8 @@ void showWholeMainScreen(UiHarness &harness, bool enabled)
 
 void showResults(UiHarness &harness)
 {
-    harness.leaveOnboarding(), harness.runAdBlockTest();
+    harness.leaveOnboarding();
+    harness.runAdBlockTest();
     QTest::mouseMove(&harness.window(), QPoint(0, 0)); // no hover on the button
     harness.scrollTo(harness.item(QStringLiteral("testSection")));
 }
@@ -79,7 +80,8 @@ int main(int argc, char *argv[])
     QCoreApplication::removeTranslator(&german);
     shoot("main-linux-not-enabled-phone", ContentWindow::phoneSize, [](UiHarness &h) {
         h.systemSwitch.setReason(QStringLiteral("Not switched on."));
-        h.leaveOnboarding(), h.load();
+        h.leaveOnboarding();
+        h.load();
     });
     return ok ? 0 : 1;
 }

@@ -49,19 +49,35 @@ public:
     void start(QSize size = ContentWindow::phoneSize, bool onboarding = true);
     ContentWindow &window() { return *m_window; }
     // Lays out and renders once (a grab polishes every item), so that geometry is current.
-    void settle() { QCoreApplication::processEvents(), m_window->grabWindow(); }
+    void settle()
+    {
+        QCoreApplication::processEvents();
+        m_window->grabWindow();
+    }
     // The item with that objectName (the first visible one, else the first); fails the test when none.
     QQuickItem *item(const QString &objectName);
     QList<QQuickItem *> items(const QString &objectName, QQuickItem *root = nullptr);
     QVariant property(const QString &name, const char *key = "text") { return item(name)->property(key); }
-    void leaveOnboarding() { m_window->rootObject()->setProperty("showOnboarding", false), settle(); }
+    void leaveOnboarding()
+    {
+        m_window->rootObject()->setProperty("showOnboarding", false);
+        settle();
+    }
     // scrollTo brings the item's top just below the screen's top (as near as it goes); click scrolls, then
     // clicks the item's centre.
     void scrollTo(QQuickItem *item);
     void click(QQuickItem *item);
-    void runMainQueue() { mainQueue.runAll(), settle(); }
+    void runMainQueue()
+    {
+        mainQueue.runAll();
+        settle();
+    }
     // Completes the platform's load of the settings.
-    void load() { dnsSettingsManager.release(FakeDNSSettingsManager::Operation::Load), runMainQueue(); }
+    void load()
+    {
+        dnsSettingsManager.release(FakeDNSSettingsManager::Operation::Load);
+        runMainQueue();
+    }
     // Runs the ad-block test; of its probes only outbrain.com and taboola.com answer: not blocked.
     static bool answers(const QString &host) { return host == "outbrain.com" || host == "taboola.com"; }
     void runAdBlockTest();

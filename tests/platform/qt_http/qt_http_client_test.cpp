@@ -37,7 +37,7 @@ Fetched fetch(HttpClient &client, const QUrl &url, std::chrono::milliseconds tim
     auto fetched = std::make_shared<Fetched>();
     client.dataTask(HttpRequest { url, HttpRequest::CachePolicy::UseProtocolCachePolicy, timeout },
         [fetched](HttpOutcome outcome) {
-            QMetaObject::invokeMethod(qApp, [=, thread = QThread::currentThread()] {
+            QMetaObject::invokeMethod(QCoreApplication::instance(), [=, thread = QThread::currentThread()] {
                 *fetched = { outcome, thread };
             });
         });
@@ -141,7 +141,7 @@ TEST(QtHttpClient, OnlyATrustedCertificateGetsThroughAndADowngradeIsFollowed)
 TEST(AdBlockTesterOverTheNetwork, ScoresLoopbackHostsThroughTheRealClientAndMainQueue)
 {
     QtHttpClient client;
-    QtMainQueue mainQueue(qApp);
+    QtMainQueue mainQueue(QCoreApplication::instance());
     auto ok = serve(always(Server::status(200)));
     auto missing = serve(always(Server::status(404)));
     const QString reached = ok->url().toString(), blocked = missing->url().toString();
